@@ -1,0 +1,43 @@
+#pragma once
+
+#include "base/Executor.h"
+#include "base/Result.h"
+#include "media/Composition.h"
+#include "media/VideoComposition.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace keldra {
+
+/// Renders a whole composition into an MP4 file: H.264 (libx264 veryfast, crf 18), BT.709 limited, index at the head.
+/// Reading, composing and encoding overlap, each on its own thread, with a few frames between them.
+///
+/// Threads: made, started and cancelled on one thread (`answer`'s); status and progress from any.
+/// Errors:  the codec's or the system's own words. A failed or cancelled export removes its partial file.
+class ExportSession {
+public:
+    enum class Status { unknown, waiting, exporting, completed, failed, cancelled };
+
+    ExportSession(std::shared_ptr<const Composition> composition, std::optional<VideoComposition> videoComposition);
+    /// Cancels, and waits for its threads.
+    ~ExportSession();
+
+    /// Writes to `path`, which must not exist. `done` runs once, on `answer`; a cancel answers with an error too, see
+    /// status().
+    void start(const std::string& path, Executor& answer, Completion<void> done);
+    void cancel();
+
+    Status status() const;
+    /// 0 to 1.
+    float progress() const;
+
+private:
+    class Run;
+    std::shared_ptr<const Composition> m_composition;
+    std::optional<VideoComposition> m_videoComposition;
+    std::shared_ptr<Run> m_run;
+};
+
+} // namespace keldra

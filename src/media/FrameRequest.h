@@ -1,0 +1,54 @@
+#pragma once
+
+#include "base/Error.h"
+#include "base/MediaTime.h"
+#include "imaging/PixelBuffer.h"
+#include "imaging/PixelBufferPool.h"
+#include "media/VideoComposition.h"
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <variant>
+
+namespace keldra {
+
+/// One picture that a compositor is asked for. Ends in exactly one finish; a request dropped without one ends as
+/// cancelled.
+class FrameRequest {
+public:
+    struct Cancelled {};
+    using Outcome = std::variant<PixelBuffer, Error, Cancelled>;
+    /// Runs once, on whatever thread finishes the request.
+    using Done = std::function<void(Outcome)>;
+
+    FrameRequest(std::shared_ptr<const VideoInstruction> instruction, MediaTime compositionTime,
+                 std::map<std::int32_t, PixelBuffer> sourceFrames, std::shared_ptr<PixelBufferPool> pool, Done done);
+    ~FrameRequest();
+    FrameRequest(const FrameRequest&) = delete;
+    FrameRequest& operator=(const FrameRequest&) = delete;
+
+    const VideoInstruction& instruction() const { return *m_instruction; }
+    MediaTime compositionTime() const { return m_compositionTime; }
+    int renderWidth() const { return m_pool->width(); }
+    int renderHeight() const { return m_pool->height(); }
+    /// No picture when the track has none at this time. BGRA.
+    PixelBuffer sourceFrame(std::int32_t trackID) const;
+    /// A BGRA buffer of the render size to compose into; no picture when none can be had.
+    PixelBuffer newPixelBuffer() { return m_pool->take(); }
+
+    void finish(PixelBuffer frame);
+    void finish(Error error);
+    void finishCancelled();
+
+private:
+    void end(Outcome outcome);
+
+    std::shared_ptr<const VideoInstruction> m_instruction;
+    MediaTime m_compositionTime;
+    std::map<std::int32_t, PixelBuffer> m_sourceFrames;
+    std::shared_ptr<PixelBufferPool> m_pool;
+    Done m_done;
+};
+
+} // namespace keldra

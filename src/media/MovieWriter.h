@@ -1,0 +1,66 @@
+#pragma once
+
+#include "base/Executor.h"
+#include "base/MediaTime.h"
+#include "base/Result.h"
+#include "imaging/PixelBuffer.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace keldra {
+
+/// How a video track is encoded.
+struct VideoTrackSettings {
+    /// Even.
+    int width = 0;
+    int height = 0;
+    /// Bits per second.
+    std::int64_t averageBitRate = 0;
+    int expectedFrameRate = 0;
+    /// In frames; a key frame also stands at least every second of time.
+    int maximumKeyFrameInterval = 0;
+};
+
+/// One track of a movie that is being written. One thread (the writer's owner).
+class MovieWriterInput {
+public:
+    virtual ~MovieWriterInput() = default;
+    /// False while the encoder is behind; who appends all the same is refused.
+    virtual bool isReadyForMoreMediaData() const = 0;
+    /// Hands on a BGRA picture of the track's size; times rise strictly. False when refused or after a failure; the
+    /// writer's error tells which.
+    virtual bool append(PixelBuffer picture, MediaTime time) = 0;
+    virtual void markAsFinished() = 0;
+};
+
+/// A movie file that grows while it is recorded.
+///
+/// Threads: all calls on one thread, which never waits for the disk or the encoder.
+/// Time:    samples carry host-clock times; the session's start becomes the file's zero.
+class MovieWriter {
+public:
+    virtual ~MovieWriter() = default;
+
+    /// Before startWriting(). The reference lives as long as the writer.
+    [[nodiscard]] virtual Result<std::reference_wrapper<MovieWriterInput>>
+    addVideoInput(const VideoTrackSettings& settings) = 0;
+    /// Opens the file. Errors: the name exists, the folder is gone or full, no encoder.
+    [[nodiscard]] virtual Result<void> startWriting() = 0;
+    virtual void startSession(MediaTime time) = 0;
+    /// Ends every track, lengthens the last picture up to `end`, and makes the file an ordinary movie. The answer
+    /// carries the writer's error, if it has one.
+    virtual void finishWriting(MediaTime end, Executor& answer, Completion<void> done) = 0;
+    /// Gives the recording up and removes its file.
+    virtual void cancelWriting() = 0;
+    /// What made the writer fail, once it has.
+    virtual std::optional<Error> error() const = 0;
+};
+
+/// Makes the writer of the file at `path`; nothing is opened yet.
+using MovieWriterFactory = std::function<Result<std::unique_ptr<MovieWriter>>(const std::string& path)>;
+
+} // namespace keldra
