@@ -17,7 +17,9 @@ struct SerialQueue::State {
     const std::string name;
     const std::size_t bound;
     std::atomic<std::size_t> waiting = 0;
-    asio::io_context context{1};
+    // Not io_context(1): with that hint asio keeps what the thread itself posts aside until its handler ends, and work
+    // that another thread posts later would overtake it.
+    asio::io_context context;
     asio::executor_work_guard<asio::io_context::executor_type> keepsRunning = asio::make_work_guard(context);
     std::thread thread;
 
@@ -100,12 +102,13 @@ void SerialQueue::sync(const Work& work) {
         work();
         return;
     }
-    std::promise<void> done;
-    m_state->enqueue([&] {
+    // Shared, because the waiter may be gone while set_value() is still returning.
+    const auto done = std::make_shared<std::promise<void>>();
+    m_state->enqueue([&work, done] {
         work();
-        done.set_value();
+        done->set_value();
     });
-    done.get_future().wait();
+    done->get_future().wait();
 }
 
 Timer SerialQueue::every(Duration period, Work work) {

@@ -34,9 +34,9 @@ TEST(SerialQueue, RunsWorkOfManyThreadsOneAtATimeAndInEachThreadsOrder) {
 }
 
 TEST(SerialQueue, RefusesBeyondItsBoundButAlwaysTakesControlWork) {
-    SerialQueue queue("test.bounded", 2);
     std::promise<void> gate;
     std::promise<void> entered;
+    SerialQueue queue("test.bounded", 2);
     queue.post([&] {
         entered.set_value();
         gate.get_future().wait();
@@ -107,9 +107,9 @@ TEST(SerialQueue, ATimerMayCancelItselfAndOutliveItsQueue) {
     Timer survivor;
     int runs = 0;
     {
-        SerialQueue queue("test.self");
         std::promise<void> ran;
         Timer timer;
+        SerialQueue queue("test.self");
         queue.sync([&] {
             timer = queue.every(1ms, [&] {
                 ++runs;
