@@ -37,11 +37,15 @@ namespace {
 /// A repeat on the queue: exact due times, one asio timer that is armed again after each run.
 class Repeat : public std::enable_shared_from_this<Repeat> {
 public:
-    Repeat(asio::io_context& context, Duration period, Work work)
-        : m_timer(context), m_period(period), m_work(std::move(work)), m_due(std::chrono::steady_clock::now()) {}
+    Repeat(asio::io_context& context, Duration period, Work work, std::shared_ptr<std::atomic<bool>> isCancelled)
+        : m_timer(context)
+        , m_period(period)
+        , m_work(std::move(work))
+        , m_due(std::chrono::steady_clock::now())
+        , m_isCancelled(std::move(isCancelled)) {}
 
     void arm() {
-        if (m_isCancelled)
+        if (*m_isCancelled)
             return;
         const auto now = std::chrono::steady_clock::now();
         do {
@@ -49,14 +53,13 @@ public:
         } while (m_due + m_period <= now);
         m_timer.expires_at(m_due);
         m_timer.async_wait([self = shared_from_this()](const asio::error_code& error) {
-            if (error || self->m_isCancelled)
+            if (error || *self->m_isCancelled)
                 return;
             self->m_work();
             self->arm();
         });
     }
 
-    void cancel() { m_isCancelled = true; }
     /// On the queue only: lets go of what the timer holds.
     void disarm() { m_timer.cancel(); }
 
@@ -65,7 +68,7 @@ private:
     Duration m_period;
     Work m_work;
     std::chrono::steady_clock::time_point m_due;
-    std::atomic<bool> m_isCancelled = false;
+    std::shared_ptr<std::atomic<bool>> m_isCancelled;
 };
 
 } // namespace
@@ -112,12 +115,17 @@ void SerialQueue::sync(const Work& work) {
 }
 
 Timer SerialQueue::every(Duration period, Work work) {
-    auto repeat = std::make_shared<Repeat>(m_state->context, period, std::move(work));
+    auto isCancelled = std::make_shared<std::atomic<bool>>(false);
+    auto repeat = std::make_shared<Repeat>(m_state->context, period, std::move(work), isCancelled);
     asio::post(m_state->context, [repeat] { repeat->arm(); });
-    return Timer([repeat, state = std::weak_ptr<State>(m_state)] {
-        repeat->cancel();
+    // The repeat belongs to the queue's context and must not outlive it, so the timer only watches both.
+    return Timer([isCancelled, watched = std::weak_ptr<Repeat>(repeat), state = std::weak_ptr<State>(m_state)] {
+        *isCancelled = true;
         if (const auto alive = state.lock())
-            asio::post(alive->context, [repeat] { repeat->disarm(); });
+            asio::post(alive->context, [watched] {
+                if (const auto armed = watched.lock())
+                    armed->disarm();
+            });
     });
 }
 
