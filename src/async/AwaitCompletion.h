@@ -6,6 +6,8 @@
 #include <functional>
 #include <memory>
 #include <optional>
+#include <type_traits>
+#include <utility>
 
 namespace keldra {
 
@@ -46,9 +48,13 @@ private:
     std::shared_ptr<Shared> m_shared = std::make_shared<Shared>();
 };
 
+/// The callable must capture by reference only: g++ 12 destroys the temporaries of an awaited expression twice, which is
+/// harmless for references and ruins anything that owns.
+///
 /// auto asset = co_await awaitCompletion<AssetPtr>([&](auto done) { Asset::load(path, worker, main, done); });
-template <typename T>
-CompletionAwaiter<T> awaitCompletion(typename CompletionAwaiter<T>::Start start) {
+template <typename T, typename Start>
+CompletionAwaiter<T> awaitCompletion(Start start) {
+    static_assert(std::is_trivially_destructible_v<Start>, "capture by reference");
     return CompletionAwaiter<T>(std::move(start));
 }
 

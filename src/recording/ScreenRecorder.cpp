@@ -37,8 +37,8 @@ QCoro::Task<Result<void>> ScreenRecorder::startStream(RecordingRequest request, 
 
     CO_TRY_LET(const StreamPlan plan, planStream(*content, m_platform.screens->screens(), request.selection));
     CO_TRY_LET(m_streamSession, makeSession(plan, std::move(request), path));
-    co_return co_await awaitCompletion<void>(
-        [session = m_streamSession](auto done) { session->start(std::move(done)); });
+    const auto session = m_streamSession;
+    co_return co_await awaitCompletion<void>([&](auto done) { session->start(std::move(done)); });
 }
 
 Result<std::shared_ptr<StreamRecordingSession>>
@@ -95,7 +95,7 @@ QCoro::Task<> ScreenRecorder::abortRecording() {
     m_completion = nullptr;
     if (const auto session = std::exchange(m_streamSession, nullptr))
         // What could not start may well fail to stop; the start's error is the one to tell.
-        (void)co_await awaitCompletion<void>([session](auto done) { session->stop(std::move(done)); });
+        (void)co_await awaitCompletion<void>([&](auto done) { session->stop(std::move(done)); });
 }
 
 std::int64_t ScreenRecorder::writtenFrameCount() const {

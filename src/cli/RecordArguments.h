@@ -1,0 +1,43 @@
+#pragma once
+
+#include "base/Result.h"
+#include "platform/CaptureSelection.h"
+#include "platform/Platform.h"
+#include "recording/RecordingQuality.h"
+
+#include <QRect>
+#include <QString>
+#include <QStringList>
+
+#include <cstdint>
+#include <optional>
+#include <variant>
+
+namespace keldra {
+
+/// What the words after `keldra record` ask for.
+struct RecordArguments {
+    struct Display {
+        std::uint32_t number = 0;
+    };
+    struct Window {
+        std::uint32_t windowID = 0;
+    };
+    /// Pixels from the top left of the desktop, y down.
+    struct Area {
+        QRect rect;
+    };
+    std::variant<Display, Window, Area> source;
+    std::optional<double> seconds;
+    RecordingQuality quality = RecordingQuality::high;
+    QString outputDirectory;
+};
+
+/// Errors: usage errors.
+[[nodiscard]] Result<RecordArguments> parseRecordArguments(const QStringList& words);
+
+/// The selection that the arguments name on this desktop. Errors say what is there instead.
+[[nodiscard]] Result<CaptureSelection> selectionFor(const RecordArguments& arguments, const QList<Screen>& screens,
+                                                    const QList<WindowInfo>& windows);
+
+} // namespace keldra

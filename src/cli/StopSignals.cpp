@@ -1,0 +1,65 @@
+#include "cli/StopSignals.h"
+
+#include <QSocketNotifier>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace keldra {
+namespace {
+
+constexpr int stopSignals[] = {SIGINT, SIGTERM};
+
+/// All that a signal handler may touch.
+std::atomic<int> wakeDescriptor = -1;
+
+void wake(int) {
+    const int savedErrno = errno;
+    const char byte = 0;
+    [[maybe_unused]] const ssize_t written = ::write(wakeDescriptor, &byte, 1);
+    errno = savedErrno;
+}
+
+void install(void (*handler)(int)) {
+    struct sigaction action {};
+    action.sa_handler = handler;
+    sigemptyset(&action.sa_mask);
+    action.sa_flags = SA_RESTART;
+    for (const int number : stopSignals)
+        sigaction(number, &action, nullptr);
+}
+
+} // namespace
+
+StopSignals::StopSignals(std::function<void()> onStop) : m_onStop(std::move(onStop)) {
+    int ends[2] = {-1, -1};
+    // Without a pipe the signals keep their usual effect: they end the program.
+    if (::pipe2(ends, O_CLOEXEC | O_NONBLOCK) != 0)
+        return;
+    m_readEnd = ends[0];
+    m_writeEnd = ends[1];
+    wakeDescriptor = m_writeEnd;
+    m_notifier = new QSocketNotifier(m_readEnd, QSocketNotifier::Read, this);
+    connect(m_notifier, &QSocketNotifier::activated, this, [this] {
+        char bytes[16];
+        while (::read(m_readEnd, bytes, sizeof bytes) > 0) {
+        }
+        m_onStop();
+    });
+    install(wake);
+}
+
+StopSignals::~StopSignals() {
+    if (m_readEnd < 0)
+        return;
+    install(SIG_DFL);
+    wakeDescriptor = -1;
+    delete m_notifier;
+    ::close(m_readEnd);
+    ::close(m_writeEnd);
+}
+
+} // namespace keldra

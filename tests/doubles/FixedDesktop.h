@@ -1,0 +1,30 @@
+#pragma once
+
+#include "base/Executor.h"
+#include "platform/Screens.h"
+#include "platform/ShareableContent.h"
+
+namespace keldra {
+
+/// Screens that a test names.
+class FixedScreens final : public Screens {
+public:
+    explicit FixedScreens(QList<Screen> screens) : current(std::move(screens)) {}
+    QList<Screen> screens() const override { return current; }
+    QList<Screen> current;
+};
+
+/// Shareable content that a test names.
+class FixedShareableContent final : public ShareableContent {
+public:
+    explicit FixedShareableContent(Executor& mainQueue) : m_mainQueue(mainQueue) {}
+    void current(Completion<ShareableContentSnapshot> done) override {
+        m_mainQueue.post([answer = answer, done = std::move(done)] { done(answer); });
+    }
+    Result<ShareableContentSnapshot> answer;
+
+private:
+    Executor& m_mainQueue;
+};
+
+} // namespace keldra
