@@ -1,0 +1,34 @@
+#pragma once
+
+#include "base/Result.h"
+#include "base/SerialQueue.h"
+#include "cli/CommandContext.h"
+#include "media/Asset.h"
+#include "project/EditorProject.h"
+
+#include <QCoroTask>
+#include <QString>
+
+namespace keldra {
+
+/// Opens INPUT, a movie or a project file, for a command. Main thread.
+class InputProject {
+public:
+    explicit InputProject(const CommandContext& context) : m_context(context) {}
+
+    /// The project that the editor would open for it.
+    /// Errors: one line that names the file and says what is wrong with it.
+    QCoro::Task<Result<EditorProject>> load(QString path);
+
+    /// Opens media files of a project, away from the main thread.
+    void loadAsset(const std::string& path, Completion<AssetPtr> done);
+
+private:
+    const CommandContext& m_context;
+    SerialQueue m_files{"KELDRA.Files"};
+};
+
+/// The bytes of a file. Errors: the system's words after the file's name.
+[[nodiscard]] Result<QByteArray> readFile(const QString& path);
+
+} // namespace keldra
