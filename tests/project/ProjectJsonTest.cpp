@@ -1,0 +1,385 @@
+#include "project/ProjectJson.h"
+
+#include "project/FreshProject.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QLocale>
+
+#include <clocale>
+#include <cmath>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <limits>
+#include <random>
+
+namespace keldra {
+namespace {
+
+EditorProject sampleProject() {
+    SourceFacts facts;
+    facts.durationSeconds = 12.25;
+    facts.video = SourceFacts::Video{60, {1920, 1080}, {}};
+    EditorProject project = makeFreshProject(QUrl::fromLocalFile("/movies/a #1 100%.mov"), true, facts,
+                                             QDateTime({2024, 5, 6}, {7, 8, 9}, Qt::UTC));
+    project.id = QUuid("6f9619ff-8b86-d011-b42d-00cf4fc964ff");
+    return project;
+}
+
+/// The project with one value replaced or, for an undefined value, removed.
+QByteArray changed(const QByteArray& json, const QStringList& path, const QJsonValue& value) {
+    const std::function<QJsonValue(QJsonValue, int)> set = [&](QJsonValue at, int depth) -> QJsonValue {
+        if (depth == path.size())
+            return value;
+        bool isIndex = false;
+        const int index = path[depth].toInt(&isIndex);
+        if (isIndex) {
+            QJsonArray array = at.toArray();
+            array[index] = set(array[index], depth + 1);
+            return array;
+        }
+        QJsonObject object = at.toObject();
+        const QJsonValue inner = set(object[path[depth]], depth + 1);
+        if (inner.isUndefined())
+            object.remove(path[depth]);
+        else
+            object[path[depth]] = inner;
+        return object;
+    };
+    return QJsonDocument(set(QJsonDocument::fromJson(json).object(), 0).toObject()).toJson();
+}
+
+std::string failureOf(const QByteArray& json) {
+    const auto decoded = decodeProject(json);
+    return decoded ? "decoded" : decoded.error().message;
+}
+
+TEST(ProjectJson, WritesTheDescribedText) {
+    EditorProject project = sampleProject();
+    const QUuid clip("00000000-0000-0000-0000-0000000000ab");
+    project.segments.first() = {};
+    project.segments.first().id = clip;
+    project.segments.first().duration = 0.1;
+    project.segments.first().trackIndex = std::numeric_limits<qint64>::max();
+    project.segments.first().mediaKind = EditorMediaKind::image;
+    project.tracks.reset();
+    project.zoomBlocks = QList<ZoomBlock>{{clip, 1, 3, 2, {0.25, 1}, 0.6}};
+    project.canvas = CanvasStyle{};
+    project.canvas->size = CanvasCustomSize{1921, 1081};
+    EXPECT_EQ(encodeProject(project).value().toStdString(), R"({
+    "canvas": {
+        "background": {
+            "color": {
+                "_0": {
+                    "alpha": 1,
+                    "blue": 0,
+                    "green": 0,
+                    "red": 0
+                }
+            }
+        },
+        "paddingFraction": {
+            "bottom": 0,
+            "left": 0,
+            "right": 0,
+            "top": 0
+        },
+        "size": {
+            "custom": {
+                "height": 1081,
+                "width": 1921
+            }
+        },
+        "videoFit": "fit"
+    },
+    "canvasHeight": 1080,
+    "canvasWidth": 1920,
+    "createdAt": "2024-05-06T07:08:09Z",
+    "frameRate": 60,
+    "hasLiveClickTrack": true,
+    "id": "6F9619FF-8B86-D011-B42D-00CF4FC964FF",
+    "segments": [
+        {
+            "duration": 0.1,
+            "id": "00000000-0000-0000-0000-0000000000AB",
+            "mediaKind": "image",
+            "sourceStart": 0,
+            "timelineStart": 0,
+            "trackIndex": 9223372036854775807
+        }
+    ],
+    "sourceDuration": 12.25,
+    "sourceURL": "file:///movies/a%20%231%20100%25.mov",
+    "updatedAt": "2024-05-06T07:08:09Z",
+    "zoomBlocks": [
+        {
+            "duration": 3,
+            "focus": {
+                "x": 0.25,
+                "y": 1
+            },
+            "id": "00000000-0000-0000-0000-0000000000AB",
+            "rampDuration": 0.6,
+            "scale": 2,
+            "timelineStart": 1
+        }
+    ]
+}
+)");
+}
+
+TEST(ProjectJson, OldFilesLoadAndAreWrittenBackAsTheyWere) {
+    EditorProject bare = sampleProject();
+    bare.tracks.reset();
+    bare.canvas.reset();
+    bare.zoomBlocks.reset();
+    bare.hasLiveClickTrack.reset();
+    const QByteArray json = encodeProject(bare).value();
+    for (const char* key : {"tracks", "canvas", "zoomBlocks", "hasLiveClickTrack", "clickSoundVolume"})
+        EXPECT_FALSE(json.contains(QByteArray("\"") + key + '"')) << key;
+    EXPECT_EQ(decodeProject(json).value(), bare);
+
+    const CanvasStyle plain = decodeCanvasStyle("{}").value();
+    EXPECT_EQ(plain, CanvasStyle{});
+    EXPECT_EQ(std::get<RGBAColor>(plain.background), (RGBAColor{0, 0, 0, 1}));
+    const CanvasStyle early = decodeCanvasStyle(R"({"background":{"gradient":{"_0":{"kind":"radial","angleDegrees":30,
+        "startColor":{"red":1,"green":2,"blue":3,"alpha":4},"endColor":{"red":0,"green":0,"blue":0,"alpha":0}}}}})")
+                                  .value();
+    EXPECT_EQ(std::get<CanvasGradient>(early.background),
+              (CanvasGradient{CanvasGradient::Kind::radial, {1, 2, 3, 4}, {0, 0, 0, 0}, 30, 0}));
+}
+
+TEST(ProjectJson, FailuresNameTheKeyInOneLine) {
+    EditorProject project = sampleProject();
+    project.segments.append(project.segments.first());
+    project.zoomBlocks = QList<ZoomBlock>{{}};
+    const QByteArray json = encodeProject(project).value();
+    const QJsonObject color{{"red", 0}, {"green", 0}, {"blue", 0}, {"alpha", 0}};
+    const QJsonObject colorCase{{"_0", color}};
+    const QString wrongKeys = "Invalid number of keys found, expected one.";
+    struct Row {
+        QString path;
+        QJsonValue value;
+        QString message;
+    };
+    const Row rows[] = {
+        {"frameRate", QJsonValue::Undefined, "frameRate: the key is missing"},
+        {"frameRate", QJsonValue::Null, "frameRate: expected a number"},
+        {"frameRate", "30", "frameRate: expected a number"},
+        {"id", "6F9619FF-8B86-D011-B42D-00CF4FC964F", "id: expected a UUID"},
+        {"id", "{6F9619FF-8B86-D011-B42D-00CF4FC964FF}", "id: expected a UUID"},
+        {"sourceURL", "", "sourceURL: expected a URL"},
+        {"createdAt", "2024-05-06T07:08:09.5Z", "createdAt: expected a date like 2024-01-31T12:00:00Z"},
+        {"createdAt", "2024-02-30T07:08:09Z", "createdAt: expected a date like 2024-01-31T12:00:00Z"},
+        {"createdAt", 12, "createdAt: expected a date like 2024-01-31T12:00:00Z"},
+        {"segments", QJsonObject{}, "segments: expected an array"},
+        {"segments/1", 3, "segments[1]: expected an object"},
+        {"segments/1/duration", true, "segments[1].duration: expected a number"},
+        {"segments/1/trackIndex", 1.5, "segments[1].trackIndex: expected a whole number"},
+        {"segments/1/trackIndex", 1e300, "segments[1].trackIndex: expected a whole number"},
+        {"segments/1/isMuted", 1, "segments[1].isMuted: expected true or false"},
+        {"segments/1/displayName", 1, "segments[1].displayName: expected a string"},
+        {"segments/1/mediaKind", "film", "segments[1].mediaKind: expected one of video, image, audio"},
+        {"tracks/0/kind", "image", "tracks[0].kind: expected one of video, audio"},
+        {"tracks/0/isMuted", QJsonValue::Undefined, "tracks[0].isMuted: the key is missing"},
+        {"zoomBlocks/0/focus/y", QJsonValue::Undefined, "zoomBlocks[0].focus.y: the key is missing"},
+        {"canvas", 1, "canvas: expected an object"},
+        {"canvas/background", QJsonObject{}, "canvas.background: " + wrongKeys},
+        {"canvas/background", QJsonObject{{"color", colorCase}, {"gradient", colorCase}},
+         "canvas.background: " + wrongKeys},
+        {"canvas/background", QJsonObject{{"video", colorCase}},
+         "canvas.background: expected the key color or gradient or image"},
+        {"canvas/background", QJsonObject{{"color", color}}, "canvas.background.color._0: the key is missing"},
+        {"canvas/size", QJsonObject{}, "canvas.size: " + wrongKeys},
+        {"canvas/size", QJsonObject{{"preset", QJsonObject{{"_0", "huge"}}}},
+         "canvas.size.preset._0: expected one of landscape16x9, portrait9x16, square1x1, portrait4x5"},
+        {"canvas/size", QJsonObject{{"custom", QJsonObject{{"width", 3}}}},
+         "canvas.size.custom.height: the key is missing"},
+        {"canvas/shadow", QJsonObject{}, "canvas.shadow.isEnabled: the key is missing"},
+    };
+    for (const Row& row : rows)
+        EXPECT_EQ(failureOf(changed(json, row.path.split('/'), row.value)), row.message.toStdString());
+}
+
+TEST(ProjectJson, ReadersAreLenientWhereFilesMayDiffer) {
+    const EditorProject project = sampleProject();
+    const QByteArray json = encodeProject(project).value();
+    EXPECT_EQ(decodeProject(changed(json, {"somethingNew"}, 3)).value(), project);
+    EXPECT_EQ(decodeProject(changed(json, {"id"}, "6f9619ff-8b86-d011-b42d-00cf4fc964ff")).value(), project);
+    EXPECT_EQ(decodeProject(changed(json, {"clickSoundVolume"}, QJsonValue::Null)).value(), project);
+    QByteArray doubled = json;
+    doubled.insert(1, "\"frameRate\": 7,");
+    EXPECT_EQ(decodeProject(doubled).value(), project);
+}
+
+TEST(ProjectJson, HostileBytesFailQuietly) {
+    const QByteArray json = encodeProject(sampleProject()).value();
+    for (int length = 0; length < json.size() - 2; length += 7)
+        EXPECT_FALSE(decodeProject(json.left(length))) << length;
+    EXPECT_FALSE(decodeProject(QByteArray(3'000'000, '[')));
+    QByteArray deep;
+    for (int level = 0; level < 300'000; ++level)
+        deep += "{\"canvas\":";
+    EXPECT_FALSE(decodeProject(deep));
+    EXPECT_FALSE(decodeProject("[]"));
+    EXPECT_FALSE(decodeProject("{\"id\":\"\xff\xfe\"}"));
+    EXPECT_FALSE(decodeProject(QByteArray("\0\0\0\0", 4)));
+
+    std::mt19937 random(7);
+    for (int round = 0; round < 2000; ++round) {
+        QByteArray damaged = json;
+        for (int change = 0; change < 4; ++change)
+            damaged[int(random() % damaged.size())] = char(random());
+        (void)decodeProject(damaged);
+    }
+}
+
+TEST(ProjectJson, WhatIsNotFiniteCannotBeWritten) {
+    EditorProject project = sampleProject();
+    project.segments.first().volume = std::numeric_limits<double>::infinity();
+    EXPECT_EQ(encodeProject(project).error().message, "segments[0].volume: the number is not finite");
+    CanvasStyle style;
+    style.background = CanvasImageBackground{QUrl("file:///a.png"), ContentFit::fit, std::nan(""), {}};
+    EXPECT_EQ(encodeCanvasStyle(style).error().message, "background.image._0.blurRadius: the number is not finite");
+}
+
+/// Random projects that reach every field, every case and the far ends of the numbers.
+class RandomProjects {
+public:
+    explicit RandomProjects(unsigned seed) : m_random(seed) {}
+
+    EditorProject next() {
+        EditorProject project = sampleProject();
+        project.id = QUuid::createUuid();
+        project.frameRate = number();
+        project.canvasWidth = number();
+        project.segments.clear();
+        for (unsigned count = m_random() % 4; count > 0; --count)
+            project.segments.append(segment());
+        maybe(project.tracks, [&] {
+            return QList<EditorTrack>{{QUuid::createUuid(), integer(), EditorTrackKind::audio, flag()}};
+        });
+        maybe(project.canvas, [&] { return style(); });
+        maybe(project.zoomBlocks, [&] {
+            return QList<ZoomBlock>{
+                {QUuid::createUuid(), number(), number(), number(), {number(), number()}, number()}};
+        });
+        maybe(project.hasLiveClickTrack, [&] { return flag(); });
+        maybe(project.clickSoundVolume, [&] { return number(); });
+        return project;
+    }
+
+private:
+    double number() {
+        switch (m_random() % 4) {
+        case 0:
+            return double(int(m_random() % 2000) - 1000) / 60;
+        case 1:
+            return double(qint64(m_random() | 1));
+        default:
+            break;
+        }
+        double value = 0;
+        do {
+            const quint64 bits = m_random() | 1;
+            std::memcpy(&value, &bits, sizeof value);
+        } while (!std::isfinite(value));
+        return value;
+    }
+    qint64 integer() { return qint64(m_random()) >> (m_random() % 60); }
+    bool flag() { return m_random() % 2; }
+    QUrl url() { return QUrl::fromLocalFile(QString("/m %1/%2?#%ü.mov").arg(m_random()).arg(QChar(0x3b1))); }
+    RGBAColor color() { return {number(), number(), number(), number()}; }
+
+    template <typename T, typename Make>
+    void maybe(std::optional<T>& field, Make make) {
+        field = flag() ? std::optional<T>(make()) : std::nullopt;
+    }
+
+    EditorSegment segment() {
+        EditorSegment segment{QUuid::createUuid(),
+                              number(),
+                              number(),
+                              number(),
+                              integer(),
+                              {},
+                              {},
+                              {},
+                              {},
+                              {},
+                              {},
+                              {},
+                              {},
+                              {},
+                              {},
+                              {},
+                              {},
+                              {}};
+        maybe(segment.sourceURL, [&] { return url(); });
+        maybe(segment.mediaKind, [&] { return EditorMediaKind(m_random() % 3); });
+        maybe(segment.displayName, [&] { return QString("\"x\\\n%1\u0007 \u2028").arg(m_random()) + QChar(0); });
+        for (auto* field :
+             {&segment.sourceDuration, &segment.positionX, &segment.positionY, &segment.scale, &segment.rotationDegrees,
+              &segment.opacity, &segment.fadeInDuration, &segment.fadeOutDuration, &segment.volume})
+            maybe(*field, [&] { return number(); });
+        maybe(segment.isMuted, [&] { return flag(); });
+        return segment;
+    }
+    CanvasStyle style() {
+        CanvasStyle style;
+        switch (m_random() % 3) {
+        case 0:
+            style.background = color();
+            style.size = CanvasPreset(m_random() % 4);
+            break;
+        case 1:
+            style.background =
+                CanvasGradient{CanvasGradient::Kind(m_random() % 2), color(), color(), number(), number()};
+            style.size = CanvasCustomSize{integer(), integer()};
+            break;
+        default:
+            style.background = CanvasImageBackground{url(), ContentFit(m_random() % 2), number(), color()};
+        }
+        style.paddingFraction = {number(), number(), number(), number()};
+        style.videoFit = ContentFit(m_random() % 2);
+        maybe(style.shadow, [&] { return CanvasShadow{flag(), color(), number(), number(), number()}; });
+        maybe(style.cornerRadiusFraction, [&] { return number(); });
+        return style;
+    }
+
+    std::mt19937_64 m_random;
+};
+
+void checkRoundTrips(unsigned seed) {
+    RandomProjects projects(seed);
+    for (int round = 0; round < 300; ++round) {
+        const EditorProject project = projects.next();
+        const QByteArray json = encodeProject(project).value();
+        const auto back = decodeProject(json);
+        ASSERT_TRUE(back) << back.error().message << "\nseed " << seed << "\n" << json.constData();
+        ASSERT_EQ(*back, project) << "seed " << seed << "\n" << json.constData();
+        ASSERT_EQ(encodeProject(*back).value(), json) << "seed " << seed;
+    }
+}
+
+TEST(ProjectJson, EveryProjectComesBackAsItWas) {
+    checkRoundTrips(1);
+}
+
+TEST(ProjectJson, NumbersDoNotFollowTheLocale) {
+    const EditorProject project = sampleProject();
+    const QByteArray json = encodeProject(project).value();
+    const QLocale before;
+    const std::string beforeC = std::setlocale(LC_ALL, nullptr);
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    std::setlocale(LC_ALL, "de_DE.UTF-8");
+    EXPECT_EQ(encodeProject(project).value(), json);
+    EXPECT_EQ(decodeProject(json).value(), project);
+    checkRoundTrips(2);
+    std::setlocale(LC_ALL, beforeC.c_str());
+    QLocale::setDefault(before);
+}
+
+} // namespace
+} // namespace keldra
