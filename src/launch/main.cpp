@@ -1,3 +1,52 @@
-int main() {
-    return 0;
+#include "async/MainQueue.h"
+#include "async/MainScheduler.h"
+#include "base/Log.h"
+#include "cli/CommandLine.h"
+#include "launch/DesktopPlatform.h"
+
+#include <QCoreApplication>
+
+#include <clocale>
+#include <csignal>
+#include <cstdlib>
+#include <cstring>
+#include <langinfo.h>
+
+namespace {
+
+/// Qt reads and writes everything as UTF-8 and complains on standard error about any other locale.
+void ensureUtf8Locale() {
+    std::setlocale(LC_ALL, "");
+    if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0)
+        setenv("LC_ALL", "C.UTF-8", 1);
+}
+
+int runSubcommand(const QStringList& words) {
+    // A reader that closes the pipe early is an error to be told, not the end of a recording.
+    std::signal(SIGPIPE, SIG_IGN);
+    keldra::setLogStream(keldra::LogStream::standardError);
+
+    const auto clock = std::make_shared<keldra::SystemHostClock>();
+    const auto scheduler = std::make_shared<keldra::MainScheduler>();
+    keldra::MainQueue mainQueue(scheduler);
+    const keldra::CommandContext context{clock, scheduler, mainQueue,
+                                         [&] { return keldra::makeDesktopPlatform(clock, mainQueue); }};
+
+    const auto task = keldra::runCommandLine(context, words);
+    task.then([&mainQueue](int status) { mainQueue.post([status] { QCoreApplication::exit(status); }); });
+    return QCoreApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    ensureUtf8Locale();
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationVersion(QStringLiteral(KELDRA_VERSION));
+    const QStringList words = QCoreApplication::arguments().mid(1);
+    if (words.isEmpty()) {
+        std::fputs("keldra: this version has no desktop agent yet; give a command, see keldra --help\n", stderr);
+        return 2;
+    }
+    return runSubcommand(words);
 }
