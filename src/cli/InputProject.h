@@ -4,7 +4,7 @@
 #include "base/SerialQueue.h"
 #include "cli/CommandContext.h"
 #include "media/Asset.h"
-#include "project/EditorProject.h"
+#include "project/EditorProjectStore.h"
 
 #include <QCoroTask>
 #include <QString>
@@ -26,6 +26,8 @@ public:
 private:
     const CommandContext& m_context;
     SerialQueue m_files{"KELDRA.Files"};
+    /// Only read from here.
+    EditorProjectStore m_store;
 };
 
 /// The bytes of a file. Errors: the system's words after the file's name.

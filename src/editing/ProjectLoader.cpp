@@ -17,9 +17,9 @@ SourceFacts factsOf(const Asset& asset) {
     const auto videoTracks = asset.tracks(MediaKind::video);
     if (!videoTracks.empty()) {
         const AssetTrack& track = videoTracks.front();
-        facts.video = SourceFacts::Video{track.nominalFrameRate,
-                                         QSizeF(track.naturalSize.width, track.naturalSize.height),
-                                         toQTransform(track.preferredTransform)};
+        facts.video =
+            SourceFacts::Video{track.nominalFrameRate, QSizeF(track.naturalSize.width, track.naturalSize.height),
+                               toQTransform(track.preferredTransform)};
     }
     return facts;
 }
@@ -28,10 +28,14 @@ SourceFacts factsOf(const Asset& asset) {
 
 QCoro::Task<Result<EditorProject>> ProjectLoader::load(QUrl sourceURL, bool hasLiveClickTrack, QDateTime now) {
     const std::string path = sourceURL.toLocalFile().toStdString();
-    CO_TRY_LET(const AssetPtr asset, co_await awaitCompletion<AssetPtr>([&](Completion<AssetPtr> done) {
-                   m_loadAsset(path, std::move(done));
+    CO_TRY_LET(const AssetPtr asset, co_await awaitCompletion<AssetPtr>(
+                                         [&](Completion<AssetPtr> done) { m_loadAsset(path, std::move(done)); }));
+    const EditorProject fresh = makeFreshProject(sourceURL, hasLiveClickTrack, factsOf(*asset), now);
+    using Stored = std::optional<EditorProject>;
+    CO_TRY_LET(const Stored stored, co_await awaitCompletion<Stored>([&](Completion<Stored> done) {
+                   m_store.loadRecoveredProject(sourceURL, m_mainQueue, std::move(done));
                }));
-    co_return makeFreshProject(sourceURL, hasLiveClickTrack, factsOf(*asset), now);
+    co_return stored.value_or(fresh);
 }
 
 } // namespace keldra
