@@ -5,7 +5,6 @@ find_package(Threads REQUIRED)
 find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui)
 find_package(QCoro6 0.8 REQUIRED COMPONENTS Core)
 find_package(tl-expected REQUIRED)
-qcoro_enable_coroutines()
 
 pkg_check_modules(LIBAV REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil libswresample)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-shm xcb-damage xcb-composite xcb-render xcb-renderutil xcb-xfixes
