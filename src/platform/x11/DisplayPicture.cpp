@@ -1,0 +1,167 @@
+#include "platform/x11/DisplayPicture.h"
+
+#include "platform/x11/X11Error.h"
+
+#include <algorithm>
+#include <xcb/composite.h>
+#include <xcb/randr.h>
+#include <xcb/xfixes.h>
+
+namespace keldra {
+namespace {
+
+/// How long programs get to draw the parts of their windows that ours covered until now.
+constexpr std::chrono::milliseconds repaintTime{50};
+
+} // namespace
+
+DisplayPicture::DisplayPicture(const X11Connection& connection, const RenderFormats& formats, MonitorNumbers& numbers,
+                               std::uint32_t displayID)
+    : m_connection(connection)
+    , m_formats(formats)
+    , m_numbers(numbers)
+    , m_displayID(displayID)
+    , m_topLevels(connection, XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY)
+    , m_rootPicture(connection.newID())
+    , m_changedRegion(connection.newID()) {
+    const X11Connection& x = connection;
+    const std::uint32_t inferiors = XCB_SUBWINDOW_MODE_INCLUDE_INFERIORS;
+    xcb_render_create_picture(x.raw(), m_rootPicture, x.root(), formats.ofVisual(x.screen().root_visual).id,
+                              XCB_RENDER_CP_SUBWINDOW_MODE, &inferiors);
+    xcb_xfixes_create_region(x.raw(), m_changedRegion, 0, nullptr);
+    if (x.extensions().randr.isPresent)
+        xcb_randr_select_input(x.raw(), x.root(),
+                               XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE | XCB_RANDR_NOTIFY_MASK_CRTC_CHANGE |
+                                   XCB_RANDR_NOTIFY_MASK_OUTPUT_CHANGE);
+}
+
+DisplayPicture::~DisplayPicture() {
+    xcb_xfixes_destroy_region(m_connection.raw(), m_changedRegion);
+    xcb_render_free_picture(m_connection.raw(), m_rootPicture);
+    if (m_isRedirected)
+        xcb_composite_unredirect_subwindows(m_connection.raw(), m_connection.root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC);
+}
+
+bool DisplayPicture::handle(const xcb_generic_event_t& event) {
+    const X11Extensions& extensions = m_connection.extensions();
+    const bool isRootConfigured =
+        (event.response_type & 0x7f) == XCB_CONFIGURE_NOTIFY &&
+        reinterpret_cast<const xcb_configure_notify_event_t&>(event).window == m_connection.root();
+    if (isRootConfigured || extensions.randr.isEvent(event, XCB_RANDR_SCREEN_CHANGE_NOTIFY) ||
+        extensions.randr.isEvent(event, XCB_RANDR_NOTIFY)) {
+        m_isMonitorStale = true;
+        return true;
+    }
+    // Redirected before they are shown, our windows never hide what others would have to draw again.
+    if (!m_isRedirected && isOwnCreated(event))
+        redirectWindows();
+    m_topLevels.handle(event);
+    return m_composed ? m_composed->handle(event) : isRootDamageInside(event);
+}
+
+bool DisplayPicture::isOwnCreated(const xcb_generic_event_t& event) const {
+    if ((event.response_type & 0x7f) != XCB_CREATE_NOTIFY)
+        return false;
+    const auto& created = reinterpret_cast<const xcb_create_notify_event_t&>(event);
+    return created.parent == m_connection.root() && m_topLevels.ownWindows().owns(created.window);
+}
+
+bool DisplayPicture::isRootDamageInside(const xcb_generic_event_t& event) {
+    if (!m_rootDamage || !m_rootDamage->isReportedBy(event))
+        return false;
+    if (QRect(m_area.x, m_area.y, m_area.width, m_area.height).contains(m_root))
+        return true;
+    const X11Connection& x = m_connection;
+    m_rootDamage->reset(m_changedRegion);
+    const auto changed = x.reply(xcb_xfixes_fetch_region_reply, xcb_xfixes_fetch_region(x.raw(), m_changedRegion));
+    if (!changed)
+        return true;
+    const xcb_rectangle_t* rectangles = xcb_xfixes_fetch_region_rectangles(changed.get());
+    return std::any_of(rectangles, rectangles + xcb_xfixes_fetch_region_rectangles_length(changed.get()),
+                       [this](const xcb_rectangle_t& each) {
+                           return !m_area.intersection({each.x, each.y, each.width, each.height}).isEmpty();
+                       });
+}
+
+Result<void> DisplayPicture::update() {
+    if (m_isMonitorStale)
+        TRY(findMonitor());
+    if (m_topLevels.isStale()) {
+        m_topLevels.refresh();
+        m_isPlanStale = true;
+    }
+    if (!m_isPlanStale && !(m_composed && m_composed->isStale()))
+        return {};
+    m_isPlanStale = false;
+    if (!m_isRedirected && hasOwn(false))
+        redirectWindows();
+    if (!hasOwn(true)) {
+        m_composed.reset();
+        if (!m_rootDamage)
+            m_rootDamage = std::make_unique<WindowDamage>(m_connection, m_connection.root());
+        return {};
+    }
+    m_rootDamage.reset();
+    if (!m_composed)
+        m_composed = std::make_unique<ComposedDesktop>(m_connection, m_formats);
+    m_composed->show(m_topLevels.windows(), QRect(m_area.x, m_area.y, m_area.width, m_area.height) & m_root);
+    return {};
+}
+
+Result<void> DisplayPicture::findMonitor() {
+    const X11Connection& x = m_connection;
+    m_isMonitorStale = false;
+    m_isPlanStale = true;
+    const auto root = x.reply(xcb_get_geometry_reply, xcb_get_geometry(x.raw(), x.root()));
+    const std::vector<X11Monitor> monitors = readMonitors(x);
+    if (!root || monitors.empty())
+        return fail(x11Error(X11ErrorCode::connectionLost, "The X display went away."));
+    m_root = QRect(0, 0, root->width, root->height);
+    for (const X11Monitor& monitor : monitors)
+        if (m_numbers.numberOf(monitor.name) == m_displayID) {
+            m_area = monitor.rect;
+            return {};
+        }
+    return fail(m_area.isEmpty()
+                    ? x11Error(X11ErrorCode::unknownDisplay, "That display is not connected.")
+                    : x11Error(X11ErrorCode::displayDisconnected, "The recorded display was disconnected."));
+}
+
+/// Whether we have a window at all, or one on the screen within the area.
+bool DisplayPicture::hasOwn(bool onScreen) const {
+    return std::any_of(m_topLevels.windows().begin(), m_topLevels.windows().end(), [&](const X11TopLevel& window) {
+        // The stream's connection only makes the window behind the background.
+        const bool isOurs = window.isOwn && m_connection.clientOf(window.window) != m_connection.ownClient();
+        return isOurs && (!onScreen || (window.isVisible && !m_area.intersection(window.rect).isEmpty()));
+    });
+}
+
+void DisplayPicture::redirectWindows() {
+    m_isRedirected = true;
+    xcb_composite_redirect_subwindows(m_connection.raw(), m_connection.root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC);
+    if (hasOwn(true))
+        m_readyAt = std::chrono::steady_clock::now() + repaintTime;
+}
+
+void DisplayPicture::paint(xcb_render_picture_t picture) {
+    const PaintTarget target{picture, {m_area.x, m_area.y}};
+    const QRect area(m_area.x, m_area.y, m_area.width, m_area.height);
+    if (const QRegion outside = QRegion(area) - m_root; !outside.isEmpty())
+        paintBlack(m_connection, target, outside);
+    if (m_composed) {
+        m_composed->paint(target);
+        return;
+    }
+    m_rootDamage->reset();
+    paintRegion(m_connection, XCB_RENDER_PICT_OP_SRC, m_rootPicture, {0, 0}, target, area & m_root);
+}
+
+bool DisplayPicture::isSpoiled() {
+    if (!m_topLevels.isStale())
+        return false;
+    m_topLevels.refresh();
+    m_isPlanStale = true;
+    return m_composed ? m_composed->usesOwn(m_topLevels.windows()) : hasOwn(true);
+}
+
+} // namespace keldra
