@@ -1,0 +1,158 @@
+#include "media/FileMovieWriter.h"
+
+#include "media/MediaError.h"
+#include "media/TakeWriter.h"
+
+#include <atomic>
+#include <cassert>
+#include <mutex>
+#include <optional>
+
+namespace keldra {
+
+/// What both threads know.
+struct FileMovieWriter::Shared {
+    /// Made before the queue, then the queue's.
+    std::unique_ptr<TakeWriter> writer;
+    /// Read by the owner, raised and lowered around each picture.
+    std::atomic<int> picturesWaiting = 0;
+    std::atomic<bool> isCancelled = false;
+
+    std::optional<Error> error() const {
+        const std::lock_guard guard(m_lock);
+        return m_error;
+    }
+    /// The first error stays.
+    void setError(Error error) {
+        const std::lock_guard guard(m_lock);
+        if (!m_error)
+            m_error = std::move(error);
+    }
+
+private:
+    mutable std::mutex m_lock;
+    std::optional<Error> m_error;
+};
+
+class FileMovieWriter::VideoInput final : public MovieWriterInput {
+public:
+    VideoInput(FileMovieWriter& writer, const VideoTrackSettings& settings) : m_writer(writer), m_settings(settings) {}
+
+    const VideoTrackSettings& settings() const { return m_settings; }
+
+    bool isReadyForMoreMediaData() const override {
+        return !m_isFinished && m_writer.isWriting() && m_writer.m_sessionStart.isNumeric() &&
+               m_writer.m_shared->picturesWaiting < picturesInFlight && !m_writer.m_shared->error();
+    }
+
+    bool append(PixelBuffer picture, MediaTime time) override {
+        assert(picture.format() == PixelFormat::bgra);
+        const bool fits = picture.width() == m_settings.width && picture.height() == m_settings.height;
+        if (!isReadyForMoreMediaData() || !fits || !time.isNumeric())
+            return false;
+        const MediaTime fileTime = time - m_writer.m_sessionStart;
+        if (fileTime < MediaTime::zero() || (m_lastTime.isNumeric() && time <= m_lastTime))
+            return false;
+        m_lastTime = time;
+        const std::int64_t stamp = fileTime.converted(TakeWriter::timescale).value();
+        m_writer.m_shared->picturesWaiting += 1;
+        // Lowered however the piece ends, also when it is skipped.
+        std::shared_ptr<void> waiting(nullptr, [shared = m_writer.m_shared](void*) { shared->picturesWaiting -= 1; });
+        m_writer.perform([picture = std::move(picture), stamp, waiting = std::move(waiting)](TakeWriter& writer) {
+            return writer.appendPicture(picture, stamp);
+        });
+        return true;
+    }
+
+    void markAsFinished() override { m_isFinished = true; }
+
+private:
+    FileMovieWriter& m_writer;
+    const VideoTrackSettings m_settings;
+    MediaTime m_lastTime = MediaTime::invalid();
+    bool m_isFinished = false;
+};
+
+FileMovieWriter::FileMovieWriter(std::string path) : m_path(std::move(path)), m_shared(std::make_shared<Shared>()) {}
+
+FileMovieWriter::~FileMovieWriter() = default;
+
+Result<std::reference_wrapper<MovieWriterInput>> FileMovieWriter::addVideoInput(const VideoTrackSettings& settings) {
+    const bool isUsable = settings.width > 0 && settings.height > 0 && settings.width % 2 == 0 &&
+                          settings.height % 2 == 0 && settings.averageBitRate > 0 &&
+                          settings.maximumKeyFrameInterval > 0;
+    if (!isUsable || m_video || m_queue)
+        return fail(
+            mediaError(MediaError::invalidSettings, "The movie's picture cannot be written with these settings."));
+    m_video = std::make_unique<VideoInput>(*this, settings);
+    return std::ref<MovieWriterInput>(*m_video);
+}
+
+Result<void> FileMovieWriter::startWriting() {
+    assert(!m_queue && m_video);
+    TRY_LET(auto writer, TakeWriter::create(m_path));
+    const auto begin = [&]() -> Result<void> {
+        TRY(writer->addVideo(m_video->settings()));
+        return writer->begin();
+    };
+    if (Result<void> begun = begin(); !begun) {
+        writer->discard();
+        m_shared->setError(begun.error());
+        return begun;
+    }
+    m_shared->writer = std::move(writer);
+    m_queue = std::make_unique<SerialQueue>("KELDRA.MovieWriter");
+    // Twice a second, so that with a slow disk and a busy queue a picture is safe within one.
+    m_fragmentTimer = m_queue->every(std::chrono::milliseconds(500), [shared = m_shared] {
+        if (shared->isCancelled || shared->error())
+            return;
+        if (Result<void> closed = shared->writer->closeFragment(); !closed)
+            shared->setError(std::move(closed.error()));
+    });
+    return {};
+}
+
+void FileMovieWriter::startSession(MediaTime time) {
+    assert(time.isNumeric());
+    m_sessionStart = time;
+}
+
+void FileMovieWriter::perform(std::function<Result<void>(TakeWriter&)> work) {
+    m_queue->post([shared = m_shared, work = std::move(work)] {
+        if (shared->isCancelled || shared->error())
+            return;
+        if (Result<void> done = work(*shared->writer); !done)
+            shared->setError(std::move(done.error()));
+    });
+}
+
+void FileMovieWriter::finishWriting(MediaTime end, Executor& answer, Completion<void> done) {
+    assert(isWriting());
+    m_isOver = true;
+    m_fragmentTimer.cancel();
+    const MediaTime fileEnd = end - m_sessionStart;
+    perform([fileEnd](TakeWriter& writer) { return writer.finish(fileEnd); });
+    m_queue->post([shared = m_shared, &answer, done = std::move(done)] {
+        const std::optional<Error> error = shared->error();
+        answer.post([done, result = error ? Result<void>(fail(*error)) : Result<void>()] { done(result); });
+    });
+}
+
+void FileMovieWriter::cancelWriting() {
+    if (!isWriting())
+        return;
+    m_isOver = true;
+    m_fragmentTimer.cancel();
+    m_shared->isCancelled = true;
+    m_queue->post([shared = m_shared] { shared->writer->discard(); });
+}
+
+std::optional<Error> FileMovieWriter::error() const {
+    return m_shared->error();
+}
+
+Result<std::unique_ptr<MovieWriter>> makeFileMovieWriter(const std::string& path) {
+    return std::unique_ptr<MovieWriter>(std::make_unique<FileMovieWriter>(path));
+}
+
+} // namespace keldra

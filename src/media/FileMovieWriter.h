@@ -1,0 +1,55 @@
+#pragma once
+
+#include "base/SerialQueue.h"
+#include "media/MovieWriter.h"
+
+#include <memory>
+#include <string>
+
+namespace keldra {
+
+class TakeWriter;
+
+/// The writer of real files: H.264 by libx264 in a QuickTime movie, encoded and written on a thread of its own. How the
+/// file lives on disk is told in docs/life-of-a-take.md.
+///
+/// A few pictures wait for that thread, each held until it is encoded: who draws from a pool needs `picturesInFlight`
+/// more than it uses itself.
+class FileMovieWriter final : public MovieWriter {
+public:
+    /// How many pictures may wait or be in work before an input is not ready.
+    static constexpr int picturesInFlight = 5;
+
+    explicit FileMovieWriter(std::string path);
+    /// Neither finished nor cancelled: what was appended stays in the file. Waits for the writer's thread.
+    ~FileMovieWriter() override;
+
+    [[nodiscard]] Result<std::reference_wrapper<MovieWriterInput>>
+    addVideoInput(const VideoTrackSettings& settings) override;
+    [[nodiscard]] Result<void> startWriting() override;
+    void startSession(MediaTime time) override;
+    void finishWriting(MediaTime end, Executor& answer, Completion<void> done) override;
+    void cancelWriting() override;
+    std::optional<Error> error() const override;
+
+private:
+    class VideoInput;
+    struct Shared;
+
+    bool isWriting() const { return m_queue != nullptr && !m_isOver; }
+    /// Runs the work on the queue unless the writer has failed or was cancelled; an error makes it fail.
+    void perform(std::function<Result<void>(TakeWriter&)> work);
+
+    const std::string m_path;
+    const std::shared_ptr<Shared> m_shared;
+    std::unique_ptr<VideoInput> m_video;
+    MediaTime m_sessionStart = MediaTime::invalid();
+    bool m_isOver = false;
+    std::unique_ptr<SerialQueue> m_queue;
+    Timer m_fragmentTimer;
+};
+
+/// A MovieWriterFactory.
+[[nodiscard]] Result<std::unique_ptr<MovieWriter>> makeFileMovieWriter(const std::string& path);
+
+} // namespace keldra

@@ -1,0 +1,61 @@
+#pragma once
+
+#include "base/Result.h"
+#include "imaging/PixelBuffer.h"
+#include "media/Libav.h"
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace keldra {
+
+/// How H264Encoder works; either a bit rate or a quality.
+struct H264Settings {
+    /// Even.
+    int width = 0;
+    int height = 0;
+    /// Of the stamps.
+    AVRational timeBase{1, 1};
+    /// What the stream says of its pace; a hint where stamps are irregular.
+    AVRational frameRate{60, 1};
+    std::optional<std::int64_t> averageBitRate;
+    /// 0 to 51, less is better.
+    std::optional<int> constantRateFactor;
+    std::string preset;
+    /// Every picture leaves at once: no reordering, no look-ahead.
+    bool isLive = false;
+    /// In frames.
+    int maximumKeyFrameInterval = 0;
+    int threadCount = 2;
+};
+
+/// libx264: pictures in, packets out. Tags the stream as BT.709 limited. Belongs to one thread at a time.
+class H264Encoder {
+public:
+    using PacketSink = std::function<Result<void>(AVPacket&)>;
+
+    [[nodiscard]] static Result<std::unique_ptr<H264Encoder>> open(const H264Settings& settings);
+
+    AVRational timeBase() const { return m_codec->time_base; }
+    /// What a container must know of the stream.
+    [[nodiscard]] Result<void> describe(AVCodecParameters& parameters) const;
+
+    /// Takes an i420 picture of the encoder's size; it may be written again at once. Stamps rise strictly.
+    [[nodiscard]] Result<void> encode(const PixelBuffer& picture, std::int64_t stamp, bool asKeyFrame,
+                                      const PacketSink& sink);
+    /// Gives out what is still inside. Nothing may be encoded afterwards.
+    [[nodiscard]] Result<void> drain(const PacketSink& sink);
+
+private:
+    explicit H264Encoder(CodecContextPtr codec);
+    [[nodiscard]] Result<void> receive(const PacketSink& sink);
+
+    CodecContextPtr m_codec;
+    FramePtr m_frame;
+    PacketPtr m_packet;
+};
+
+} // namespace keldra

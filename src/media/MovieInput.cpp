@@ -1,0 +1,115 @@
+#include "media/MovieInput.h"
+
+#include "media/MediaError.h"
+
+#include <cerrno>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace keldra {
+namespace {
+
+/// Containers of picture and sound. Never lists that name other files, subtitles, still pictures or text.
+constexpr const char* containers = "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,avi,mpegts,mpeg,mpegvideo,flv,asf,ogg,mxf,"
+                                   "wav,w64,aiff,flac,mp3,aac,ac3,caf,h264,hevc,obu,ivf,nut,yuv4mpegpipe";
+
+Error notAMovie(const std::string& name, const std::string& why) {
+    return mediaError(MediaError::notAMovie, name + " is not a movie that can be read: " + why);
+}
+
+Result<void> checkFile(const std::string& path, const std::string& name) {
+    struct stat status {};
+    // A FIFO would wait for its writer, so look before opening.
+    if (::stat(path.c_str(), &status) != 0)
+        return fail(systemError(errno, name));
+    if (S_ISDIR(status.st_mode))
+        return fail(systemError(EISDIR, name));
+    if (::access(path.c_str(), R_OK) != 0)
+        return fail(systemError(errno, name));
+    if (!S_ISREG(status.st_mode))
+        return fail(notAMovie(name, "It is not a regular file"));
+    if (status.st_size == 0)
+        return fail(notAMovie(name, "The file is empty"));
+    return {};
+}
+
+bool isMedia(const AVStream& stream) {
+    const AVMediaType type = stream.codecpar->codec_type;
+    const bool isCover = (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+    return type == AVMEDIA_TYPE_AUDIO || (type == AVMEDIA_TYPE_VIDEO && !isCover);
+}
+
+} // namespace
+
+MovieInput::MovieInput(AVFormatContext* context, std::string displayName)
+    : m_context(context), m_displayName(std::move(displayName)) {}
+
+MovieInput::~MovieInput() {
+    avformat_close_input(&m_context);
+}
+
+Result<std::unique_ptr<MovieInput>> MovieInput::open(const std::string& path, const std::string& displayName) {
+    quietLibav();
+    TRY(checkFile(path, displayName));
+
+    AVDictionary* options = nullptr;
+    av_dict_set(&options, "format_whitelist", containers, 0);
+    AVFormatContext* context = nullptr;
+    // The prefix keeps libav from reading a name such as "a:b.mov" as an address.
+    const int opened = avformat_open_input(&context, ("file:" + path).c_str(), nullptr, &options);
+    av_dict_free(&options);
+    if (opened < 0) {
+        // A format outside the list comes back as an invalid argument.
+        const int reason = opened == AVERROR(EINVAL) ? AVERROR_INVALIDDATA : opened;
+        Error error = notAMovie(displayName, libavWords(reason));
+        error.info = libavError(reason).info;
+        return fail(std::move(error));
+    }
+    std::unique_ptr<MovieInput> input(new MovieInput(context, displayName));
+    if (const int found = avformat_find_stream_info(context, nullptr); found < 0)
+        return fail(notAMovie(displayName, libavWords(found)));
+    for (int index = 0; index < input->streamCount(); ++index)
+        if (isMedia(input->stream(index)))
+            return input;
+    return fail(notAMovie(displayName, "It holds neither picture nor sound"));
+}
+
+std::int64_t MovieInput::originTicks(int index) const {
+    const bool startsAnywhere = (m_context->iformat->flags & AVFMT_TS_DISCONT) != 0;
+    if (!startsAnywhere || m_context->start_time == AV_NOPTS_VALUE)
+        return 0;
+    return av_rescale_q(m_context->start_time, AV_TIME_BASE_Q, m_context->streams[index]->time_base);
+}
+
+void MovieInput::readOnly(int index) {
+    for (int other = 0; other < streamCount(); ++other)
+        stream(other).discard = other == index ? AVDISCARD_DEFAULT : AVDISCARD_ALL;
+}
+
+Result<bool> MovieInput::read(AVPacket& packet) {
+    for (;;) {
+        const int answer = av_read_frame(m_context, &packet);
+        if (answer >= 0)
+            return true;
+        if (answer == AVERROR(EAGAIN))
+            continue;
+        if (answer == AVERROR_EOF || answer == AVERROR_INVALIDDATA)
+            return false;
+        return fail(libavError(answer, m_displayName));
+    }
+}
+
+Result<void> MovieInput::seek(int index, std::int64_t ticks) {
+    if (av_seek_frame(m_context, index, ticks, AVSEEK_FLAG_BACKWARD) >= 0)
+        return {};
+    // Nothing at or before: the first key frame after it.
+    if (const int answer = av_seek_frame(m_context, index, ticks, 0); answer >= 0)
+        return {};
+    // What cannot seek in time may still start again.
+    const int answer = av_seek_frame(m_context, -1, 0, AVSEEK_FLAG_BYTE);
+    if (answer < 0)
+        return fail(libavError(answer, m_displayName));
+    return {};
+}
+
+} // namespace keldra

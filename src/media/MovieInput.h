@@ -1,0 +1,44 @@
+#pragma once
+
+#include "base/Result.h"
+#include "media/Libav.h"
+
+#include <memory>
+#include <string>
+
+namespace keldra {
+
+/// A movie file opened for reading its packets. Belongs to one thread at a time.
+class MovieInput {
+public:
+    /// `displayName` is how messages call the file.
+    /// Errors: the system's words for a file that cannot be had, else why it is not a movie.
+    [[nodiscard]] static Result<std::unique_ptr<MovieInput>> open(const std::string& path,
+                                                                  const std::string& displayName);
+    ~MovieInput();
+    MovieInput(const MovieInput&) = delete;
+    MovieInput& operator=(const MovieInput&) = delete;
+
+    const std::string& displayName() const { return m_displayName; }
+    int streamCount() const { return int(m_context->nb_streams); }
+    AVStream& stream(int index) { return *m_context->streams[index]; }
+    /// What the packets' times count from, in ticks of the stream: containers made for broadcast start anywhere.
+    std::int64_t originTicks(int index) const;
+    /// Of the whole file, in AV_TIME_BASE; AV_NOPTS_VALUE when not known.
+    std::int64_t duration() const { return m_context->duration; }
+
+    /// From now on read() gives packets of this stream only.
+    void readOnly(int index);
+    /// False at the end. A damaged end of the file is an end.
+    [[nodiscard]] Result<bool> read(AVPacket& packet);
+    /// Goes to a key frame at or before `ticks`, or to the first.
+    [[nodiscard]] Result<void> seek(int index, std::int64_t ticks);
+
+private:
+    MovieInput(AVFormatContext* context, std::string displayName);
+
+    AVFormatContext* m_context;
+    std::string m_displayName;
+};
+
+} // namespace keldra

@@ -1,0 +1,59 @@
+#pragma once
+
+#include "base/Result.h"
+#include "media/Libav.h"
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace keldra {
+
+/// A file of our own making, opened for libav to write. Belongs to one thread at a time.
+class OutputFile {
+public:
+    enum class Access {
+        append,    ///< what is written stays as it is
+        rewritable ///< libav may go back and read
+    };
+
+    /// Makes the file; a name that exists is an error. The file is locked (flock) as long as this object lives.
+    [[nodiscard]] static Result<std::unique_ptr<OutputFile>> create(const std::string& path, Access access);
+    /// Closes. What was written stays.
+    ~OutputFile();
+    OutputFile(const OutputFile&) = delete;
+    OutputFile& operator=(const OutputFile&) = delete;
+
+    const std::string& path() const { return m_path; }
+    AVIOContext* io() { return m_io; }
+    /// What the kernel has taken so far.
+    std::int64_t size() const;
+
+    /// Hands everything on to the kernel. Errors: the first that any write met, e.g. "take.mov: No space left on
+    /// device".
+    [[nodiscard]] Result<void> flush();
+    /// Waits until the disk has it.
+    [[nodiscard]] Result<void> sync();
+    /// Cuts off what lies behind `size`.
+    void truncate(std::int64_t size);
+    /// Where this very file can be opened again, whatever became of its name.
+    std::string pathOfDescriptor() const;
+    /// Takes the name off the disk, unless it has become another file's.
+    void remove();
+    /// Replaces whatever stands at `path` by this file, and makes sure that the folder remembers it.
+    [[nodiscard]] Result<void> renameTo(const std::string& path);
+
+private:
+    OutputFile(int descriptor, std::string path);
+    static int writeBytes(void* self, std::uint8_t* bytes, int count);
+    static int readBytes(void* self, std::uint8_t* bytes, int count);
+    static std::int64_t seekTo(void* self, std::int64_t offset, int whence);
+
+    int m_descriptor;
+    std::string m_path;
+    AVIOContext* m_io = nullptr;
+    int m_errno = 0;
+};
+
+} // namespace keldra

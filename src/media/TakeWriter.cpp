@@ -1,0 +1,85 @@
+#include "media/TakeWriter.h"
+
+#include "imaging/Convert.h"
+#include "media/MediaError.h"
+
+#include <algorithm>
+#include <cstdlib>
+
+namespace keldra {
+namespace {
+
+/// Fast enough that a moving 1080p60 screen leaves most of two cores to the user.
+std::string presetFromEnvironment() {
+    const char* forced = std::getenv("KELDRA_X264_PRESET");
+    return forced != nullptr && *forced != '\0' ? forced : "superfast";
+}
+
+H264Settings encoderSettings(const VideoTrackSettings& settings) {
+    H264Settings encoder;
+    encoder.width = settings.width;
+    encoder.height = settings.height;
+    encoder.timeBase = {1, TakeWriter::timescale};
+    encoder.frameRate = {std::max(1, settings.expectedFrameRate), 1};
+    encoder.averageBitRate = settings.averageBitRate;
+    encoder.preset = presetFromEnvironment();
+    encoder.isLive = true;
+    encoder.maximumKeyFrameInterval = settings.maximumKeyFrameInterval;
+    return encoder;
+}
+
+} // namespace
+
+Result<std::unique_ptr<TakeWriter>> TakeWriter::create(const std::string& path) {
+    TRY_LET(auto file, TakeFile::create(path));
+    return std::unique_ptr<TakeWriter>(new TakeWriter(std::move(file)));
+}
+
+Result<void> TakeWriter::addVideo(const VideoTrackSettings& settings) {
+    TRY_LET(m_video.encoder, H264Encoder::open(encoderSettings(settings)));
+    const std::unique_ptr<AVCodecParameters, void (*)(AVCodecParameters*)> parameters(
+        avcodec_parameters_alloc(), [](AVCodecParameters* owned) { avcodec_parameters_free(&owned); });
+    TRY(m_video.encoder->describe(*parameters));
+    TRY_LET(AVStream* const track, m_file->addTrack(*parameters, m_video.encoder->timeBase()));
+    track->avg_frame_rate = {std::max(1, settings.expectedFrameRate), 1};
+    m_video.index = track->index;
+    m_video.converted = PixelBuffer::allocate(PixelFormat::i420, settings.width, settings.height);
+    return {};
+}
+
+Result<void> TakeWriter::begin() {
+    return m_file->begin();
+}
+
+Result<void> TakeWriter::appendPicture(const PixelBuffer& picture, std::int64_t stamp) {
+    stamp = std::max(stamp, m_video.lastStamp + 1);
+    const bool asKeyFrame = !m_video.hasPicture() || stamp - m_video.lastKeyStamp >= timescale;
+    if (asKeyFrame)
+        m_video.lastKeyStamp = stamp;
+    m_video.lastStamp = stamp;
+
+    // The timer sees to fragments in real time; this, to what is appended faster than that.
+    if (stamp - m_fragmentStart >= timescale) {
+        TRY(m_file->closeFragment());
+        m_fragmentStart = stamp;
+    }
+    convertBgraToI420(picture, m_video.converted);
+    return m_video.encoder->encode(m_video.converted, stamp, asKeyFrame,
+                                   [this](AVPacket& packet) { return write(packet); });
+}
+
+Result<void> TakeWriter::write(AVPacket& packet) {
+    packet.stream_index = m_video.index;
+    return m_file->write(packet, m_video.encoder->timeBase());
+}
+
+Result<void> TakeWriter::finish(MediaTime end) {
+    if (!m_video.hasPicture()) {
+        m_file->discard();
+        return fail(mediaError(MediaError::noPicture, "Not one picture was recorded."));
+    }
+    TRY(m_video.encoder->drain([this](AVPacket& packet) { return write(packet); }));
+    return m_file->finish(end);
+}
+
+} // namespace keldra

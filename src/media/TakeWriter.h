@@ -1,0 +1,52 @@
+#pragma once
+
+#include "base/MediaTime.h"
+#include "base/Result.h"
+#include "imaging/PixelBuffer.h"
+#include "media/H264Encoder.h"
+#include "media/MovieWriter.h"
+#include "media/TakeFile.h"
+
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace keldra {
+
+/// The half of FileMovieWriter that encodes and writes; all of it on the writer's queue once writing has begun.
+/// After a failure nothing more is written.
+class TakeWriter {
+public:
+    /// Ticks per second of the stamps.
+    static constexpr std::int32_t timescale = 60000;
+
+    [[nodiscard]] static Result<std::unique_ptr<TakeWriter>> create(const std::string& path);
+
+    [[nodiscard]] Result<void> addVideo(const VideoTrackSettings& settings);
+    [[nodiscard]] Result<void> begin();
+    /// A BGRA picture; a stamp that does not rise is moved one tick behind the last.
+    [[nodiscard]] Result<void> appendPicture(const PixelBuffer& picture, std::int64_t stamp);
+    [[nodiscard]] Result<void> closeFragment() { return m_file->closeFragment(); }
+    /// `end` is on the file's line. Errors: not one picture was written.
+    [[nodiscard]] Result<void> finish(MediaTime end);
+    void discard() { m_file->discard(); }
+
+private:
+    struct VideoTrack {
+        std::unique_ptr<H264Encoder> encoder;
+        int index = 0;
+        PixelBuffer converted;
+        std::int64_t lastStamp = -1;
+        std::int64_t lastKeyStamp = 0;
+        bool hasPicture() const { return lastStamp >= 0; }
+    };
+
+    explicit TakeWriter(std::unique_ptr<TakeFile> file) : m_file(std::move(file)) {}
+    [[nodiscard]] Result<void> write(AVPacket& packet);
+
+    std::unique_ptr<TakeFile> m_file;
+    VideoTrack m_video;
+    std::int64_t m_fragmentStart = 0;
+};
+
+} // namespace keldra

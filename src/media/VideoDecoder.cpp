@@ -1,0 +1,123 @@
+#include "media/VideoDecoder.h"
+
+#include "media/MediaError.h"
+
+#include <algorithm>
+
+namespace keldra {
+
+Result<std::unique_ptr<VideoDecoder>> VideoDecoder::open(const std::string& path, int streamIndex, int threadCount) {
+    const std::string name = fileNameOf(path);
+    TRY_LET(auto input, MovieInput::open(path, name));
+    if (streamIndex < 0 || streamIndex >= input->streamCount() ||
+        input->stream(streamIndex).codecpar->codec_type != AVMEDIA_TYPE_VIDEO)
+        return fail(mediaError(MediaError::noSuchTrack, name + " has no picture track " + std::to_string(streamIndex)));
+    const AVStream& stream = input->stream(streamIndex);
+
+    const AVCodec* codec = avcodec_find_decoder(stream.codecpar->codec_id);
+    if (codec == nullptr)
+        return fail(mediaError(MediaError::noDecoder,
+                               name + ": There is no decoder for " + avcodec_get_name(stream.codecpar->codec_id)));
+    CodecContextPtr context(avcodec_alloc_context3(codec));
+    if (const int answer = avcodec_parameters_to_context(context.get(), stream.codecpar); answer < 0)
+        return fail(libavError(answer, name));
+    context->pkt_timebase = stream.time_base;
+    context->thread_count = std::max(1, threadCount);
+    if (const int answer = avcodec_open2(context.get(), codec, nullptr); answer < 0)
+        return fail(libavError(answer, name));
+
+    std::unique_ptr<VideoDecoder> decoder(new VideoDecoder);
+    decoder->m_origin = input->originTicks(streamIndex);
+    decoder->m_input = std::move(input);
+    decoder->m_streamIndex = streamIndex;
+    decoder->m_codec = std::move(context);
+    decoder->m_packet.reset(av_packet_alloc());
+    decoder->m_input->readOnly(streamIndex);
+    return decoder;
+}
+
+AVRational VideoDecoder::sampleAspectRatio(const AVFrame& frame) {
+    const AVRational stated = m_input->stream(m_streamIndex).sample_aspect_ratio;
+    const AVRational ratio = stated.num > 0 ? stated : frame.sample_aspect_ratio;
+    return ratio.num > 0 && ratio.den > 0 ? ratio : AVRational{1, 1};
+}
+
+Result<FramePtr> VideoDecoder::next() {
+    FramePtr frame(av_frame_alloc());
+    for (;;) {
+        const int answer = avcodec_receive_frame(m_codec.get(), frame.get());
+        if (answer == AVERROR_EOF)
+            return FramePtr();
+        if (answer == AVERROR(EAGAIN)) {
+            TRY(feed());
+            continue;
+        }
+        if (answer == AVERROR(ENOMEM))
+            return fail(libavError(answer, m_input->displayName()));
+        if (answer < 0)
+            continue;
+        const bool isDamaged = (frame->flags & AV_FRAME_FLAG_CORRUPT) != 0 || frame->decode_error_flags != 0;
+        const std::int64_t stamp = frame->best_effort_timestamp;
+        if (isDamaged || stamp == AV_NOPTS_VALUE)
+            continue;
+        frame->pts = stamp - m_origin;
+        if (m_lastShown != AV_NOPTS_VALUE && frame->pts <= m_lastShown)
+            continue;
+        m_lastShown = frame->pts;
+        return frame;
+    }
+}
+
+Result<void> VideoDecoder::feed() {
+    if (!m_isInputAtEnd) {
+        TRY_LET(const bool hasPacket, m_input->read(*m_packet));
+        if (hasPacket) {
+            if (m_packet->stream_index == m_streamIndex) {
+                m_readTicks = m_packet->dts != AV_NOPTS_VALUE ? m_packet->dts : m_packet->pts;
+                // What the codec refuses is a damaged picture: left out.
+                avcodec_send_packet(m_codec.get(), m_packet.get());
+            }
+            av_packet_unref(m_packet.get());
+            return {};
+        }
+        m_isInputAtEnd = true;
+    }
+    avcodec_send_packet(m_codec.get(), nullptr);
+    return {};
+}
+
+bool VideoDecoder::isReachedByDecodingOn(std::int64_t ticks) {
+    if (m_lastShown == AV_NOPTS_VALUE || ticks < m_lastShown || m_readTicks == AV_NOPTS_VALUE)
+        return false;
+    // A few frames are decoded sooner than a codec is emptied and started again.
+    if (ticks - m_lastShown <= av_rescale_q(1, {1, 4}, timeBase()))
+        return true;
+    const AVIndexEntry* key = avformat_index_get_entry_from_timestamp(&m_input->stream(m_streamIndex), ticks + m_origin,
+                                                                      AVSEEK_FLAG_BACKWARD);
+    return key != nullptr && key->timestamp <= m_readTicks;
+}
+
+Result<void> VideoDecoder::startFrom(std::int64_t ticks) {
+    TRY(m_input->seek(m_streamIndex, ticks));
+    avcodec_flush_buffers(m_codec.get());
+    m_isInputAtEnd = false;
+    m_readTicks = AV_NOPTS_VALUE;
+    m_lastShown = AV_NOPTS_VALUE;
+    return {};
+}
+
+Result<FramePtr> VideoDecoder::seek(std::int64_t ticks) {
+    const AVStream& stream = m_input->stream(m_streamIndex);
+    const std::int64_t first = stream.start_time == AV_NOPTS_VALUE ? m_origin : std::min(stream.start_time, m_origin);
+    const std::int64_t wanted = ticks + m_origin;
+    // Containers seek by decoding times, so the frame found may be shown after the one wanted: then go further back.
+    for (std::int64_t back = 0;; back = back == 0 ? av_rescale_q(1, {1, 2}, stream.time_base) : back * 4) {
+        const std::int64_t from = std::max(first, wanted - back);
+        TRY(startFrom(from));
+        TRY_LET(FramePtr frame, next());
+        if (from <= first || (frame && frame->pts <= ticks))
+            return frame;
+    }
+}
+
+} // namespace keldra

@@ -1,0 +1,166 @@
+#pragma once
+
+#include "base/SerialQueue.h"
+#include "imaging/PixelBuffer.h"
+#include "media/Asset.h"
+#include "media/FileMovieWriter.h"
+#include "media/TrackReader.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <future>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace keldra::test {
+
+/// A folder that goes with its contents.
+class TemporaryFolder {
+public:
+    TemporaryFolder() {
+        std::string name = (std::filesystem::temp_directory_path() / "keldra-media-XXXXXX").string();
+        m_path = ::mkdtemp(name.data());
+    }
+    ~TemporaryFolder() { std::filesystem::remove_all(m_path); }
+    std::string operator/(const std::string& name) const { return m_path + "/" + name; }
+    /// Names of what is inside, hidden ones too.
+    std::vector<std::string> names() const {
+        std::vector<std::string> found;
+        for (const auto& entry : std::filesystem::directory_iterator(m_path))
+            found.push_back(entry.path().filename().string());
+        return found;
+    }
+
+private:
+    std::string m_path;
+};
+
+// A picture tells its number by sixteen blocks of 16 by 16 pixels, eight a row, bit 0 first, white for one.
+constexpr int blockSize = 16;
+constexpr int pictureWidth = 8 * blockSize;
+constexpr int pictureHeight = 4 * blockSize;
+
+inline PixelBuffer paintedPicture(int number, int width = pictureWidth, int height = pictureHeight) {
+    PixelBuffer picture = PixelBuffer::allocate(PixelFormat::bgra, width, height);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const int bit = x / blockSize + 8 * (y / blockSize);
+            const bool isWhite = x < 8 * blockSize && bit < 16 && (number >> bit & 1) != 0;
+            std::uint8_t* pixel = picture.mutableRow(0, y) + 4 * x;
+            pixel[0] = pixel[1] = pixel[2] = isWhite ? 255 : 0;
+            pixel[3] = 255;
+        }
+    return picture;
+}
+
+inline int numberIn(const PixelBuffer& picture) {
+    int number = 0;
+    const int step = picture.format() == PixelFormat::bgra ? 4 : 1;
+    for (int bit = 0; bit < 16; ++bit) {
+        const int x = bit % 8 * blockSize + blockSize / 2;
+        const int y = bit / 8 * blockSize + blockSize / 2;
+        number |= (picture.row(0, y)[x * step] > 128 ? 1 : 0) << bit;
+    }
+    return number;
+}
+
+/// The same blocks drawn by the ffmpeg program; quoted for the shell.
+inline std::string paintedSource(int framesPerSecond, double seconds, const std::string& size = "128x64") {
+    return "-f lavfi -i \"color=black:s=" + size + ":r=" + std::to_string(framesPerSecond) +
+           ":d=" + std::to_string(seconds) +
+           ",format=gray,geq=lum='if(lt(X,128)*lt(Y,32),255*mod(floor(N/pow(2,floor(X/16)+8*floor(Y/16))),2),0)'\" ";
+}
+
+inline void runFfmpeg(const std::string& arguments) {
+    const std::string command = "ffmpeg -nostdin -v error -y " + arguments;
+    ASSERT_EQ(std::system(command.c_str()), 0) << command;
+}
+
+inline std::vector<char> bytesOf(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline void writeBytes(const std::string& path, const std::vector<char>& bytes) {
+    std::ofstream(path, std::ios::binary).write(bytes.data(), std::streamsize(bytes.size()));
+}
+
+/// What a track shows: numbers and times, in order.
+struct ShownPicture {
+    int number = 0;
+    MediaTime time;
+    friend bool operator==(const ShownPicture&, const ShownPicture&) = default;
+};
+inline void PrintTo(const ShownPicture& picture, std::ostream* stream) {
+    *stream << "#" << picture.number << " at " << picture.time.description();
+}
+
+inline std::vector<ShownPicture> picturesIn(const std::string& path, TrackReader::Options options = {}) {
+    std::vector<ShownPicture> shown;
+    const auto asset = Asset::open(path);
+    EXPECT_TRUE(asset) << (asset ? "" : asset.error().message);
+    if (!asset)
+        return shown;
+    const auto reader = TrackReader::open(*asset, (*asset)->tracks(MediaKind::video).at(0).index, options);
+    EXPECT_TRUE(reader) << (reader ? "" : reader.error().message);
+    if (!reader)
+        return shown;
+    for (;;) {
+        const auto frame = (*reader)->next();
+        EXPECT_TRUE(frame) << (frame ? "" : frame.error().message);
+        if (!frame || !*frame)
+            return shown;
+        shown.push_back({numberIn((**frame).pixels), (**frame).time});
+    }
+}
+
+inline VideoTrackSettings smallTrack() {
+    VideoTrackSettings settings;
+    settings.width = pictureWidth;
+    settings.height = pictureHeight;
+    settings.averageBitRate = 1'000'000;
+    settings.expectedFrameRate = 60;
+    settings.maximumKeyFrameInterval = 120;
+    return settings;
+}
+
+/// Gives the picture to the input as soon as it is ready; false when it did not become ready in ten seconds.
+inline bool appendWhenReady(MovieWriterInput& input, const PixelBuffer& picture, MediaTime time) {
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    while (!input.isReadyForMoreMediaData()) {
+        if (std::chrono::steady_clock::now() > deadline)
+            return false;
+        std::this_thread::yield();
+    }
+    return input.append(picture, time);
+}
+
+inline Result<void> finishAndWait(MovieWriter& writer, MediaTime end) {
+    SerialQueue answer("test.answer");
+    std::promise<Result<void>> promise;
+    writer.finishWriting(end, answer, [&](Result<void> result) { promise.set_value(std::move(result)); });
+    auto future = promise.get_future();
+    if (future.wait_for(std::chrono::seconds(60)) != std::future_status::ready)
+        return fail(Error{"test", 1, "finishWriting() did not answer.", {}});
+    return future.get();
+}
+
+/// Records the numbers 0, 1, ... at these times, the session starting at `start`.
+inline Result<void> recordTake(const std::string& path, MediaTime start, const std::vector<MediaTime>& times,
+                               MediaTime end) {
+    FileMovieWriter writer(path);
+    TRY_LET(MovieWriterInput & input, writer.addVideoInput(smallTrack()));
+    TRY(writer.startWriting());
+    writer.startSession(start);
+    for (std::size_t i = 0; i < times.size(); ++i)
+        if (!appendWhenReady(input, paintedPicture(int(i)), times[i]))
+            return fail(writer.error().value_or(Error{"test", 2, "A picture was refused.", {}}));
+    input.markAsFinished();
+    return finishAndWait(writer, end);
+}
+
+} // namespace keldra::test
