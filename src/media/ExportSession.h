@@ -5,6 +5,7 @@
 #include "media/Composition.h"
 #include "media/VideoComposition.h"
 
+#include <atomic>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,15 +30,17 @@ public:
     void start(const std::string& path, Executor& answer, Completion<void> done);
     void cancel();
 
-    Status status() const;
+    Status status() const { return m_status; }
     /// 0 to 1.
-    float progress() const;
+    float progress() const { return m_progress; }
 
 private:
     class Run;
     std::shared_ptr<const Composition> m_composition;
     std::optional<VideoComposition> m_videoComposition;
-    std::shared_ptr<Run> m_run;
+    std::atomic<Status> m_status = Status::unknown;
+    std::atomic<float> m_progress = 0;
+    std::unique_ptr<Run> m_run;
 };
 
 } // namespace keldra

@@ -56,10 +56,13 @@ Result<std::unique_ptr<H264Encoder>> H264Encoder::open(const H264Settings& setti
 H264Encoder::H264Encoder(CodecContextPtr codec)
     : m_codec(std::move(codec)), m_frame(av_frame_alloc()), m_packet(av_packet_alloc()) {}
 
-Result<void> H264Encoder::describe(AVCodecParameters& parameters) const {
-    if (const int answer = avcodec_parameters_from_context(&parameters, m_codec.get()); answer < 0)
+Result<AVStream*> H264Encoder::addTrackTo(MovieMuxer& muxer) const {
+    TRY_LET(AVStream* const stream, muxer.addTrack(m_codec->time_base));
+    if (const int answer = avcodec_parameters_from_context(stream->codecpar, m_codec.get()); answer < 0)
         return fail(libavError(answer, "H.264 encoder"));
-    return {};
+    stream->sample_aspect_ratio = m_codec->sample_aspect_ratio;
+    stream->avg_frame_rate = m_codec->framerate;
+    return stream;
 }
 
 Result<void> H264Encoder::encode(const PixelBuffer& picture, std::int64_t stamp, bool asKeyFrame,

@@ -3,6 +3,7 @@
 #include "base/Result.h"
 #include "imaging/PixelBuffer.h"
 #include "media/Libav.h"
+#include "media/MovieMuxer.h"
 
 #include <cstdint>
 #include <functional>
@@ -40,8 +41,8 @@ public:
     [[nodiscard]] static Result<std::unique_ptr<H264Encoder>> open(const H264Settings& settings);
 
     AVRational timeBase() const { return m_codec->time_base; }
-    /// What a container must know of the stream.
-    [[nodiscard]] Result<void> describe(AVCodecParameters& parameters) const;
+    /// Before the muxer begins; the packets' `stream_index` is the caller's to set.
+    [[nodiscard]] Result<AVStream*> addTrackTo(MovieMuxer& muxer) const;
 
     /// Takes an i420 picture of the encoder's size; it may be written again at once. Stamps rise strictly.
     [[nodiscard]] Result<void> encode(const PixelBuffer& picture, std::int64_t stamp, bool asKeyFrame,

@@ -44,16 +44,11 @@ Result<void> MovieMuxer::checked(int answer) {
     return {};
 }
 
-Result<AVStream*> MovieMuxer::addTrack(const AVCodecParameters& parameters, AVRational timeBase) {
+Result<AVStream*> MovieMuxer::addTrack(AVRational timeBase) {
     AVStream* stream = avformat_new_stream(m_context, nullptr);
     if (stream == nullptr)
         return fail(libavError(AVERROR(ENOMEM)));
-    if (const int answer = avcodec_parameters_copy(stream->codecpar, &parameters); answer < 0)
-        return fail(libavError(answer));
-    // Tags differ between containers; the muxer chooses.
-    stream->codecpar->codec_tag = 0;
     stream->time_base = timeBase;
-    stream->sample_aspect_ratio = parameters.sample_aspect_ratio;
     return stream;
 }
 
@@ -71,7 +66,9 @@ Result<void> MovieMuxer::begin() {
         av_dict_set(&options, "movflags", "faststart", 0);
         break;
     }
-    av_dict_set(&options, "video_track_timescale", timescale, 0);
+    // An export's frames come at a pace that its own time base holds exactly.
+    if (m_shape != Shape::mp4)
+        av_dict_set(&options, "video_track_timescale", timescale, 0);
     av_dict_set(&options, "movie_timescale", timescale, 0);
     const int answer = avformat_write_header(m_context, &options);
     av_dict_free(&options);

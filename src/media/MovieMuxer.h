@@ -26,8 +26,8 @@ public:
     MovieMuxer(const MovieMuxer&) = delete;
     MovieMuxer& operator=(const MovieMuxer&) = delete;
 
-    /// Before begin(); gives the track's number. The stream may be described further until then.
-    [[nodiscard]] Result<AVStream*> addTrack(const AVCodecParameters& parameters, AVRational timeBase);
+    /// Before begin(), until when the caller describes what the track holds.
+    [[nodiscard]] Result<AVStream*> addTrack(AVRational timeBase);
     [[nodiscard]] Result<void> begin();
     /// The packet's times are in `timeBase`, its track in `stream_index`. Within a track decoding times rise strictly.
     [[nodiscard]] Result<void> write(AVPacket& packet, AVRational timeBase);

@@ -70,7 +70,10 @@ Result<void> remuxIntoOrdinaryMovie(const std::string& source, const std::string
     TRY_LET(const auto muxer, MovieMuxer::open(target, MovieMuxer::Shape::quickTime, indexBytesFor(*input)));
     for (int index = 0; index < input->streamCount(); ++index) {
         const AVStream& stream = input->stream(index);
-        TRY_LET(AVStream* const track, muxer->addTrack(*stream.codecpar, stream.time_base));
+        TRY_LET(AVStream* const track, muxer->addTrack(stream.time_base));
+        if (const int answer = avcodec_parameters_copy(track->codecpar, stream.codecpar); answer < 0)
+            return fail(libavError(answer, displayName));
+        track->sample_aspect_ratio = stream.sample_aspect_ratio;
         track->disposition = stream.disposition;
         track->avg_frame_rate = stream.avg_frame_rate;
         av_dict_copy(&track->metadata, stream.metadata, 0);

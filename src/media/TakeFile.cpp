@@ -33,10 +33,6 @@ TakeFile::~TakeFile() {
         logFailure("closing a recording", closed.error());
 }
 
-Result<AVStream*> TakeFile::addTrack(const AVCodecParameters& parameters, AVRational timeBase) {
-    return m_muxer->addTrack(parameters, timeBase);
-}
-
 Result<void> TakeFile::begin() {
     TRY(noteFailure(m_muxer->begin()));
     m_hasBegun = true;

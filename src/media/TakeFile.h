@@ -22,8 +22,8 @@ public:
     TakeFile(const TakeFile&) = delete;
     TakeFile& operator=(const TakeFile&) = delete;
 
-    /// Before begin(). The number of the track is its packets' `stream_index`.
-    [[nodiscard]] Result<AVStream*> addTrack(const AVCodecParameters& parameters, AVRational timeBase);
+    /// Takes tracks until begin().
+    MovieMuxer& muxer() { return *m_muxer; }
     [[nodiscard]] Result<void> begin();
     /// A failure (a full disk) is final; what was whole before it stays in the file.
     [[nodiscard]] Result<void> write(AVPacket& packet, AVRational timeBase);

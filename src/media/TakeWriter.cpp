@@ -37,11 +37,7 @@ Result<std::unique_ptr<TakeWriter>> TakeWriter::create(const std::string& path) 
 
 Result<void> TakeWriter::addVideo(const VideoTrackSettings& settings) {
     TRY_LET(m_video.encoder, H264Encoder::open(encoderSettings(settings)));
-    const std::unique_ptr<AVCodecParameters, void (*)(AVCodecParameters*)> parameters(
-        avcodec_parameters_alloc(), [](AVCodecParameters* owned) { avcodec_parameters_free(&owned); });
-    TRY(m_video.encoder->describe(*parameters));
-    TRY_LET(AVStream* const track, m_file->addTrack(*parameters, m_video.encoder->timeBase()));
-    track->avg_frame_rate = {std::max(1, settings.expectedFrameRate), 1};
+    TRY_LET(const AVStream* const track, m_video.encoder->addTrackTo(m_file->muxer()));
     m_video.index = track->index;
     m_video.converted = PixelBuffer::allocate(PixelFormat::i420, settings.width, settings.height);
     return {};

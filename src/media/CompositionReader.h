@@ -1,0 +1,41 @@
+#pragma once
+
+#include "base/Result.h"
+#include "imaging/PixelBuffer.h"
+#include "media/Composition.h"
+#include "media/TrackReader.h"
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <vector>
+
+namespace keldra {
+
+/// The pictures of a composition's tracks at given times. Decodes only what is needed; a picture that still stands is
+/// given again, the same pixels. Times that rise are cheap, others seek. Belongs to one thread at a time.
+class CompositionReader {
+public:
+    using Frames = std::map<std::int32_t, PixelBuffer>;
+
+    CompositionReader(std::shared_ptr<const Composition> composition, TrackReader::Options options);
+
+    /// By track; a track without a picture at `time` is left out.
+    [[nodiscard]] Result<Frames> framesAt(MediaTime time, const std::vector<std::int32_t>& trackIDs);
+
+private:
+    /// What a track reads from now. A reader outlives its segment when the next one cuts the same file further.
+    struct Source {
+        AssetPtr asset;
+        int trackIndex = 0;
+        std::unique_ptr<TrackReader> reader;
+    };
+
+    [[nodiscard]] Result<PixelBuffer> frameOf(const CompositionTrack& track, MediaTime time);
+
+    std::shared_ptr<const Composition> m_composition;
+    TrackReader::Options m_options;
+    std::map<std::int32_t, Source> m_sources;
+};
+
+} // namespace keldra

@@ -1,0 +1,176 @@
+#include "media/ExportSession.h"
+
+#include "base/SerialQueue.h"
+#include "media/CompositionReader.h"
+#include "media/ExportFile.h"
+#include "media/FrameRequest.h"
+#include "media/FrameWindow.h"
+#include "media/MediaError.h"
+
+#include <algorithm>
+#include <cassert>
+
+namespace keldra {
+namespace {
+
+constexpr int framesUnderWay = 7;
+
+std::int64_t frameCountOf(MediaTime duration, MediaTime frameDuration) {
+    __extension__ using Wide = __int128;
+    const Wide numerator = Wide(duration.value()) * frameDuration.timescale();
+    const Wide denominator = Wide(duration.timescale()) * frameDuration.value();
+    return std::int64_t((numerator + denominator - 1) / denominator);
+}
+
+bool isSamePictures(const CompositionReader::Frames& a, const CompositionReader::Frames& b) {
+    return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](const auto& one, const auto& other) {
+               return one.first == other.first && one.second.data() == other.second.data();
+           });
+}
+
+} // namespace
+
+/// One export under way. Two loops, each one piece of work on its own queue, with the compositor and the window
+/// between them; the encoder's loop ends the export.
+class ExportSession::Run {
+public:
+    Run(ExportSession& session, std::string path)
+        : m_session(session)
+        , m_composition(session.m_composition)
+        , m_videoComposition(*session.m_videoComposition)
+        , m_path(std::move(path))
+        , m_frameCount(frameCountOf(m_composition->duration(), m_videoComposition.frameDuration))
+        , m_window(std::make_shared<FrameWindow>(framesUnderWay))
+        , m_encoding("KELDRA.Export.Encoder")
+        , m_compositor(m_videoComposition.makeCompositor())
+        , m_reading("KELDRA.Export.Reader") {}
+
+    void start(Executor& answer, Completion<void> done) {
+        m_reading.post([this] {
+            if (Result<void> read = readFrames(); !read)
+                m_window->stop(std::move(read.error()));
+        });
+        m_encoding.post([this, &answer, done = std::move(done)] {
+            m_session.m_status = Status::exporting;
+            Result<void> result = encodeFrames();
+            const bool wasCancelled = !result && result.error() == cancellation();
+            m_session.m_status = result ? Status::completed : wasCancelled ? Status::cancelled : Status::failed;
+            answer.post([done, result] { done(result); });
+        });
+    }
+
+    void cancel() { m_window->stop(cancellation()); }
+
+private:
+    static Error cancellation() { return mediaError(MediaError::cancelled, "Export cancelled."); }
+
+    Result<void> readFrames() {
+        // What composed frames need beyond those under way: the compositor may keep one or two.
+        const auto pool = std::make_shared<PixelBufferPool>(PixelFormat::bgra, m_videoComposition.renderWidth,
+                                                            m_videoComposition.renderHeight, framesUnderWay + 4);
+        CompositionReader reader(m_composition, {PixelFormat::bgra, 2});
+        std::shared_ptr<const VideoInstruction> lastInstruction;
+        CompositionReader::Frames lastFrames;
+        for (std::int64_t index = 0; index < m_frameCount; ++index) {
+            if (!m_window->enter())
+                return {};
+            const MediaTime time = m_videoComposition.frameDuration * index;
+            const auto instruction = m_videoComposition.instructionAt(time);
+            if (!instruction)
+                return fail(mediaError(MediaError::outsideTheTimeline, "The timeline has a hole."));
+            TRY_LET(CompositionReader::Frames frames, reader.framesAt(time, instruction->requiredSourceTrackIDs));
+            const bool isRepeat =
+                instruction == lastInstruction && !instruction->containsTweening && isSamePictures(frames, lastFrames);
+            lastInstruction = instruction;
+            lastFrames = frames;
+            if (isRepeat) {
+                m_window->deliver(index, FrameWindow::Frame(FrameWindow::Repeat()));
+                continue;
+            }
+            m_compositor->startRequest(std::make_shared<FrameRequest>(
+                instruction, time, std::move(frames), pool, [window = m_window, index](FrameRequest::Outcome outcome) {
+                    window->deliver(index, std::move(outcome));
+                }));
+        }
+        return {};
+    }
+
+    Result<void> encodeFrames() {
+        if (const auto reason = m_window->stopReason())
+            return fail(*reason);
+        auto file = ExportFile::create(m_path, m_videoComposition.renderWidth, m_videoComposition.renderHeight,
+                                       m_videoComposition.frameDuration);
+        if (!file) {
+            m_window->stop(file.error());
+            return fail(std::move(file.error()));
+        }
+        Result<void> encoded = encodeInto(**file);
+        if (!encoded) {
+            m_window->stop(encoded.error());
+            (*file)->remove();
+        }
+        return encoded;
+    }
+
+    Result<void> encodeInto(ExportFile& file) {
+        for (std::int64_t index = 0; index < m_frameCount; ++index) {
+            const auto frame = m_window->take(index);
+            if (!frame)
+                break;
+            if (const auto* picture = std::get_if<PixelBuffer>(&*frame))
+                TRY(file.append(*picture));
+            else
+                TRY(file.appendAgain());
+            m_window->leave();
+            m_session.m_progress = float(index + 1) / float(m_frameCount);
+        }
+        if (!m_window->stopReason())
+            TRY(file.finish());
+        // A cancel that comes while the index moves is one too.
+        if (const auto reason = m_window->stopReason())
+            return fail(*reason);
+        return {};
+    }
+
+    ExportSession& m_session;
+    const std::shared_ptr<const Composition> m_composition;
+    const VideoComposition m_videoComposition;
+    const std::string m_path;
+    const std::int64_t m_frameCount;
+    const std::shared_ptr<FrameWindow> m_window;
+    // They end from the last to the first: nothing is composed any more once the reader has ended, and the frames of
+    // the compositor are all there, or dropped, once it has gone.
+    SerialQueue m_encoding;
+    std::unique_ptr<FrameCompositor> m_compositor;
+    SerialQueue m_reading;
+};
+
+ExportSession::ExportSession(std::shared_ptr<const Composition> composition,
+                             std::optional<VideoComposition> videoComposition)
+    : m_composition(std::move(composition)), m_videoComposition(std::move(videoComposition)) {}
+
+ExportSession::~ExportSession() {
+    cancel();
+}
+
+void ExportSession::start(const std::string& path, Executor& answer, Completion<void> done) {
+    assert(!m_run);
+    const auto refuse = [&](MediaError code, const char* words) {
+        m_status = Status::failed;
+        answer.post([done, error = mediaError(code, words)] { done(fail(error)); });
+    };
+    if (!m_videoComposition || m_composition->duration() <= MediaTime::zero())
+        return refuse(MediaError::noPicture, "There is no picture to export.");
+    if (!findFaults(*m_videoComposition, *m_composition).empty())
+        return refuse(MediaError::invalidSettings, "The video timeline cannot be exported.");
+    m_status = Status::waiting;
+    m_run = std::make_unique<Run>(*this, path);
+    m_run->start(answer, std::move(done));
+}
+
+void ExportSession::cancel() {
+    if (m_run)
+        m_run->cancel();
+}
+
+} // namespace keldra

@@ -1,0 +1,313 @@
+#include "media/ExportSession.h"
+
+#include "Compositors.h"
+#include "TestMovies.h"
+#include "media/FrameGenerator.h"
+#include "media/MediaError.h"
+
+#include <csignal>
+#include <sys/resource.h>
+
+namespace keldra {
+namespace {
+
+using namespace test;
+using namespace std::chrono_literals;
+
+/// A take of two seconds, 60 a second with a hole: 0 to 59, then 60 at 1.5 s.
+std::vector<MediaTime> takeWithAHole() {
+    std::vector<MediaTime> times;
+    for (int i = 0; i < 60; ++i)
+        times.emplace_back(i, 60);
+    times.emplace_back(3, 2);
+    return times;
+}
+
+class ExportSessionTest : public testing::Test {
+protected:
+    void SetUp() override {
+        const auto recorded = recordTake(folder / "take.mov", MediaTime::zero(), takeWithAHole(), MediaTime(2, 1));
+        ASSERT_TRUE(recorded) << recorded.error().message;
+        const auto opened = Asset::open(folder / "take.mov");
+        ASSERT_TRUE(opened);
+        asset = *opened;
+    }
+
+    /// The whole take on one track.
+    void placeWhole() { place({MediaTime::zero(), MediaTime(2, 1)}, MediaTime::zero()); }
+
+    void place(const MediaTimeRange& source, MediaTime at) {
+        if (composition->tracks().empty())
+            composition->addTrack(MediaKind::video);
+        const auto placed = composition->tracks().front()->insertTimeRange(source, asset, 0, at);
+        ASSERT_TRUE(placed) << placed.error().message;
+    }
+
+    VideoComposition videoAt(MediaTime frameDuration) const {
+        VideoComposition video;
+        video.renderWidth = pictureWidth;
+        video.renderHeight = pictureHeight;
+        video.frameDuration = frameDuration;
+        video.instructions = {showing({1}, MediaTime::zero(), composition->duration())};
+        video.makeCompositor = [] { return std::make_unique<CopyingCompositor>(); };
+        return video;
+    }
+
+    VideoComposition scripted(ScriptedCompositor::Script script) const {
+        VideoComposition video = videoAt(MediaTime(1, 60));
+        video.makeCompositor = [script] { return std::make_unique<ScriptedCompositor>(script); };
+        return video;
+    }
+
+    Result<void> waitForEnd() {
+        auto future = ended.get_future();
+        if (future.wait_for(60s) != std::future_status::ready)
+            return fail(Error{"test", 3, "The export did not end.", {}});
+        return future.get();
+    }
+
+    void start(ExportSession& session) {
+        session.start(target, answer, [this](Result<void> result) { ended.set_value(std::move(result)); });
+    }
+
+    std::vector<int> exportedNumbers() {
+        std::vector<int> numbers;
+        for (const ShownPicture& picture : picturesIn(target))
+            numbers.push_back(picture.number);
+        return numbers;
+    }
+
+    TemporaryFolder folder;
+    std::string target = folder / "out.mp4";
+    AssetPtr asset;
+    std::shared_ptr<Composition> composition = std::make_shared<Composition>();
+    SerialQueue answer{"test.answer"};
+    std::promise<Result<void>> ended;
+};
+
+TEST_F(ExportSessionTest, GivesEveryFrameItsPictureAtAConstantRate) {
+    placeWhole();
+    ExportSession session(composition, videoAt(MediaTime(1, 30)));
+    EXPECT_EQ(session.status(), ExportSession::Status::unknown);
+    start(session);
+    const auto result = waitForEnd();
+    ASSERT_TRUE(result) << result.error().message;
+    EXPECT_EQ(session.status(), ExportSession::Status::completed);
+    EXPECT_EQ(session.progress(), 1.0f);
+
+    std::vector<ShownPicture> expected;
+    for (int i = 0; i < 60; ++i)
+        expected.push_back({i < 30 ? 2 * i : i < 45 ? 59 : 60, MediaTime(i, 30)});
+    EXPECT_EQ(picturesIn(target), expected);
+    const auto exported = Asset::open(target);
+    ASSERT_TRUE(exported);
+    EXPECT_EQ((*exported)->duration(), MediaTime(2, 1));
+    EXPECT_EQ((*exported)->tracks().front().nominalFrameRate, 30);
+}
+
+TEST_F(ExportSessionTest, FollowsCutsGapsAndRepeatsAndRoundsTheLengthUp) {
+    // 0.5-0.75 s, the same again, a gap, then a piece from before; the end lies within a frame.
+    place({MediaTime(1, 2), MediaTime(1, 4)}, MediaTime::zero());
+    place({MediaTime(1, 2), MediaTime(1, 4)}, MediaTime(1, 4));
+    place({MediaTime(0, 1), MediaTime(41, 400)}, MediaTime(1, 1));
+    VideoComposition video = videoAt(MediaTime(1, 20));
+    video.instructions = {showing({1}, MediaTime::zero(), MediaTime(1, 2)),
+                          showing({}, MediaTime(1, 2), MediaTime(1, 1)),
+                          showing({1}, MediaTime(1, 1), composition->duration())};
+    ExportSession session(composition, video);
+    start(session);
+    const auto result = waitForEnd();
+    ASSERT_TRUE(result) << result.error().message;
+    const std::vector<int> expected{30, 33, 36, 39, 42, 30, 33, 36, 39, 42, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3, 6};
+    EXPECT_EQ(exportedNumbers(), expected);
+
+    FrameGenerator generator(composition, video);
+    for (const int index : {22, 3, 12, 5, 0, 21}) {
+        const auto frame = generator.frameAt(MediaTime(index, 20));
+        ASSERT_TRUE(frame) << frame.error().message;
+        EXPECT_EQ(numberIn(*frame), expected[std::size_t(index)]) << index;
+    }
+    EXPECT_FALSE(generator.frameAt(composition->duration()));
+}
+
+TEST_F(ExportSessionTest, PutsFramesIntoOrderWhateverOrderTheyComeIn) {
+    placeWhole();
+    // Answers in pairs, the later one first; requests of one stretch without change are not even made.
+    auto held = std::make_shared<std::vector<std::shared_ptr<FrameRequest>>>();
+    auto asked = std::make_shared<std::atomic<int>>(0);
+    ExportSession session(composition, scripted([held, asked](int, std::shared_ptr<FrameRequest> request) {
+                              *asked += 1;
+                              held->push_back(std::move(request));
+                              if (held->size() < 2 && *asked < 61)
+                                  return;
+                              for (auto it = held->rbegin(); it != held->rend(); ++it)
+                                  (*it)->finish((*it)->sourceFrame(1));
+                              held->clear();
+                          }));
+    start(session);
+    const auto result = waitForEnd();
+    ASSERT_TRUE(result) << result.error().message;
+    std::vector<int> expected;
+    for (int i = 0; i < 120; ++i)
+        expected.push_back(i < 60 ? i : i < 90 ? 59 : 60);
+    EXPECT_EQ(exportedNumbers(), expected);
+    EXPECT_EQ(*asked, 61);
+}
+
+TEST_F(ExportSessionTest, AsksForEveryFrameWhereThePictureChangesByItself) {
+    placeWhole();
+    auto asked = std::make_shared<std::atomic<int>>(0);
+    VideoComposition video = scripted([asked](int, const std::shared_ptr<FrameRequest>& request) {
+        *asked += 1;
+        request->finish(request->sourceFrame(1));
+    });
+    const auto tweening = showing({1}, MediaTime::zero(), composition->duration());
+    tweening->containsTweening = true;
+    video.instructions = {tweening};
+    ExportSession session(composition, video);
+    start(session);
+    ASSERT_TRUE(waitForEnd());
+    EXPECT_EQ(*asked, 120);
+}
+
+struct FailureRow {
+    const char* name;
+    ScriptedCompositor::Script script;
+    std::string message;
+};
+const std::vector<FailureRow>& failures() {
+    static const std::vector<FailureRow> rows{
+        {"an error of the compositor",
+         [](int number, const std::shared_ptr<FrameRequest>& request) {
+             if (number == 20)
+                 request->finish(Error{"test", 9, "It broke.", {}});
+             else
+                 request->finish(request->sourceFrame(1));
+         },
+         "It broke."},
+        {"a request that is dropped",
+         [](int number, const std::shared_ptr<FrameRequest>& request) {
+             if (number < 20)
+                 request->finish(request->sourceFrame(1));
+         },
+         "A frame could not be composed."},
+        {"a frame of another size",
+         [](int number, const std::shared_ptr<FrameRequest>& request) {
+             request->finish(number < 20 ? request->sourceFrame(1) : PixelBuffer::allocate(PixelFormat::bgra, 10, 10));
+         },
+         "A composed frame has another size than the export."},
+    };
+    return rows;
+}
+
+TEST_F(ExportSessionTest, FailsWithTheReasonAndLeavesNoFile) {
+    placeWhole();
+    for (const FailureRow& row : failures()) {
+        SCOPED_TRACE(row.name);
+        ended = {};
+        ExportSession session(composition, scripted(row.script));
+        start(session);
+        const auto result = waitForEnd();
+        ASSERT_FALSE(result);
+        EXPECT_EQ(result.error().message, row.message);
+        EXPECT_EQ(session.status(), ExportSession::Status::failed);
+        EXPECT_FALSE(std::filesystem::exists(target));
+    }
+}
+
+TEST_F(ExportSessionTest, RefusesWhatCannotBeExported) {
+    placeWhole();
+    VideoComposition hole = videoAt(MediaTime(1, 30));
+    hole.instructions = {showing({1}, MediaTime::zero(), MediaTime(1, 1))};
+    const std::vector<std::pair<std::optional<VideoComposition>, std::string>> rows{
+        {std::nullopt, "There is no picture to export."},
+        {hole, "The video timeline cannot be exported."},
+    };
+    for (const auto& [video, words] : rows) {
+        ended = {};
+        ExportSession session(composition, video);
+        start(session);
+        const auto result = waitForEnd();
+        ASSERT_FALSE(result);
+        EXPECT_EQ(result.error().message, words);
+        EXPECT_EQ(session.status(), ExportSession::Status::failed);
+    }
+}
+
+TEST_F(ExportSessionTest, NeverTouchesAFileThatExists) {
+    placeWhole();
+    writeBytes(target, {'m', 'i', 'n', 'e'});
+    ExportSession session(composition, videoAt(MediaTime(1, 30)));
+    start(session);
+    const auto result = waitForEnd();
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().message, "out.mp4: File exists");
+    EXPECT_EQ(bytesOf(target), (std::vector<char>{'m', 'i', 'n', 'e'}));
+}
+
+TEST_F(ExportSessionTest, LeavesNothingBehindWhereverItIsCancelled) {
+    placeWhole();
+    for (const int frame : {0, 1, 20, 60}) {
+        SCOPED_TRACE(frame);
+        ended = {};
+        std::promise<void> reached;
+        ExportSession session(composition, scripted([&reached, frame](int number, const auto& request) {
+                                  if (number == frame)
+                                      reached.set_value();
+                                  // From there on nothing is answered any more: the cancel must end all waiting.
+                                  static thread_local std::vector<std::shared_ptr<FrameRequest>> unanswered;
+                                  if (number >= frame)
+                                      unanswered.push_back(request);
+                                  else
+                                      request->finish(request->sourceFrame(1));
+                              }));
+        start(session);
+        ASSERT_EQ(reached.get_future().wait_for(60s), std::future_status::ready);
+        session.cancel();
+        const auto result = waitForEnd();
+        ASSERT_FALSE(result);
+        EXPECT_EQ(result.error().message, "Export cancelled.");
+        EXPECT_EQ(session.status(), ExportSession::Status::cancelled);
+        EXPECT_FALSE(std::filesystem::exists(target));
+    }
+}
+
+TEST_F(ExportSessionTest, AnswersOnceWhenItIsDestroyedInTheMiddle) {
+    placeWhole();
+    {
+        std::promise<void> reached;
+        ExportSession session(composition, scripted([&reached](int number, const auto& request) {
+                                  if (number == 30)
+                                      reached.set_value();
+                                  request->finish(request->sourceFrame(1));
+                              }));
+        start(session);
+        ASSERT_EQ(reached.get_future().wait_for(60s), std::future_status::ready);
+    }
+    // Cancelled, or just done before it: but answered, and the file tells the same.
+    const auto result = waitForEnd();
+    EXPECT_EQ(std::filesystem::exists(target), bool(result));
+}
+
+TEST_F(ExportSessionTest, TellsAFullDiskInTheSystemsWords) {
+    placeWhole();
+    // A limit on file sizes stands for the disk's end.
+    const auto previous = std::signal(SIGXFSZ, SIG_IGN);
+    rlimit old{};
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
+    rlimit small = old;
+    small.rlim_cur = 4096;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
+    ExportSession session(composition, videoAt(MediaTime(1, 60)));
+    start(session);
+    const auto result = waitForEnd();
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &old), 0);
+    std::signal(SIGXFSZ, previous);
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().message, "out.mp4: File too large");
+    EXPECT_EQ(result.error().domain, "POSIX");
+    EXPECT_FALSE(std::filesystem::exists(target));
+}
+
+} // namespace
+} // namespace keldra
