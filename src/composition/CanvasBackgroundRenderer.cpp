@@ -12,6 +12,7 @@
 
 #include <cmath>
 #include <mutex>
+#include <optional>
 
 namespace keldra::CanvasBackgroundRenderer {
 namespace {
@@ -61,7 +62,7 @@ public:
     const std::uint8_t* row(int y) {
         if (!m_isBlurred)
             return m_resampler.row(y);
-        expandRow(m_cells, m_grid.cell, m_part.x - m_originX, y - m_originY, 1, m_row.data(), m_part.width);
+        m_expander->writeRow(y - m_originY, m_row.data());
         return m_row.data();
     }
 
@@ -80,7 +81,6 @@ private:
         const int top = firstCell(drawRect.top(), m_part.y);
         const int width = std::max(endCell(drawRect.right(), m_part.right()) - left, 1);
         const int height = std::max(endCell(drawRect.bottom(), m_part.bottom()) - top, 1);
-        m_originX = left * cell;
         m_originY = top * cell;
         m_cells = FloatPlane(width, height, 4);
         m_resampler.begin(
@@ -90,13 +90,14 @@ private:
         for (int y = 0; y < height; ++y)
             std::copy_n(m_resampler.row(top + y), m_cells.rowLength(), m_cells.row(y));
         blurGaussian(m_cells, m_grid.sigma);
+        m_expander.emplace(m_cells, cell, m_part.x - left * cell, m_part.width, 1);
     }
 
     PixelRect m_part;
     bool m_isBlurred;
     BlurGrid m_grid;
     FloatPlane m_cells{0, 0, 4};
-    int m_originX = 0;
+    std::optional<CellExpander> m_expander;
     int m_originY = 0;
     RowResampler m_resampler;
     std::vector<std::uint8_t> m_row;

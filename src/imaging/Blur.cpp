@@ -72,6 +72,28 @@ void blurColumns(FloatPlane& plane, const std::vector<float>& taps) {
     }
 }
 
+/// Where a pixel's centre lies between the centres of cells.
+double cellPosition(int pixel, int cell, int count) {
+    return std::clamp((pixel + 0.5) / cell - 0.5, 0.0, double(count - 1));
+}
+
+KELDRA_ROW_KERNEL void mixLines(const float* __restrict upper, const float* __restrict lower, float weight, float gain,
+                                float* __restrict mixed, std::size_t count) {
+    for (std::size_t at = 0; at < count; ++at)
+        mixed[at] = (upper[at] + (lower[at] - upper[at]) * weight) * gain;
+}
+
+KELDRA_ROW_KERNEL void mixNeighbours(const float* __restrict line, int channels, const int* __restrict left,
+                                     const float* __restrict weights, std::uint8_t* __restrict target,
+                                     std::size_t count) {
+    for (std::size_t at = 0; at < count; ++at) {
+        const float first = line[left[at]];
+        const float value = first + (line[left[at] + channels] - first) * weights[at] + 0.5f;
+        const float raised = value < 0 ? 0 : value;
+        target[at] = std::uint8_t(int(raised > 255 ? 255 : raised));
+    }
+}
+
 int floorDivide(int value, int divisor) {
     return value >= 0 ? value / divisor : -((divisor - 1 - value) / divisor);
 }
@@ -114,28 +136,28 @@ void blurGaussian(FloatPlane& plane, double sigma) {
     blurColumns(plane, taps);
 }
 
-void expandRow(const FloatPlane& plane, int cell, int x, int y, float gain, std::uint8_t* target, int count) {
-    const auto clamped = [](double at, int size) { return std::clamp(at, 0.0, double(size - 1)); };
-    const double line = clamped((y + 0.5) / cell - 0.5, plane.height);
-    const int upper = int(line);
-    const int lower = std::min(upper + 1, plane.height - 1);
-    const float lowerWeight = float(line - upper);
-    const float* a = plane.row(upper);
-    const float* b = plane.row(lower);
-    for (int at = 0; at < count; ++at) {
-        const double column = clamped((x + at + 0.5) / cell - 0.5, plane.width);
-        const int left = int(column);
-        const int right = std::min(left + 1, plane.width - 1);
-        const float rightWeight = float(column - left);
-        for (int channel = 0; channel < plane.channels; ++channel) {
-            const auto across = [&](const float* row) {
-                const float first = row[left * plane.channels + channel];
-                return first + (row[right * plane.channels + channel] - first) * rightWeight;
-            };
-            const float value = across(a) + (across(b) - across(a)) * lowerWeight;
-            target[at * plane.channels + channel] = std::uint8_t(std::clamp(value * gain + 0.5f, 0.0f, 255.0f));
+CellExpander::CellExpander(const FloatPlane& plane, int cell, int x, int width, double gain)
+    : m_plane(plane), m_cell(cell), m_gain(float(gain)), m_line(plane.rowLength() + std::size_t(plane.channels)) {
+    const int channels = plane.channels;
+    m_left.reserve(std::size_t(width * channels));
+    m_weights.reserve(std::size_t(width * channels));
+    for (int at = 0; at < width; ++at) {
+        const double column = cellPosition(x + at, cell, plane.width);
+        for (int channel = 0; channel < channels; ++channel) {
+            m_left.push_back(int(column) * channels + channel);
+            m_weights.push_back(float(column - std::floor(column)));
         }
     }
+}
+
+void CellExpander::writeRow(int y, std::uint8_t* target) {
+    const double line = cellPosition(y, m_cell, m_plane.height);
+    const int upper = int(line);
+    const int lower = std::min(upper + 1, m_plane.height - 1);
+    mixLines(m_plane.row(upper), m_plane.row(lower), float(line - upper), m_gain, m_line.data(), m_plane.rowLength());
+    // The last column's right neighbour has no weight, but is read.
+    std::fill(m_line.end() - m_plane.channels, m_line.end(), 0.0f);
+    mixNeighbours(m_line.data(), m_plane.channels, m_left.data(), m_weights.data(), target, m_left.size());
 }
 
 GreyPlane blurredMask(const GreyPlane& mask, double sigma, double gain, const PixelRect& clip) {
@@ -155,8 +177,9 @@ GreyPlane blurredMask(const GreyPlane& mask, double sigma, double gain, const Pi
     blurGaussian(plane, grid.sigma);
 
     GreyPlane blurred(seen);
+    CellExpander expander(plane, grid.cell, seen.x - left, seen.width, gain);
     for (int y = seen.y; y < seen.bottom(); ++y)
-        expandRow(plane, grid.cell, seen.x - left, y - top, float(gain), blurred.mutableRow(y), seen.width);
+        expander.writeRow(y - top, blurred.mutableRow(y));
     return blurred;
 }
 

@@ -42,9 +42,24 @@ struct BlurGrid {
 /// Convolves with a Gaussian of that sigma, in samples, cut at three sigma. Samples beyond the sides repeat the last.
 void blurGaussian(FloatPlane& plane, double sigma);
 
-/// Writes `count` pixels of a row interpolated between cells: `x` and `y` count pixels from the corner of the first
-/// cell; values times `gain`, rounded to nearest. `target` has as many channels as the plane.
-void expandRow(const FloatPlane& plane, int cell, int x, int y, float gain, std::uint8_t* target, int count);
+/// Interpolates between the cells of a blurred plane, row by row. Keeps a reference to the plane.
+class CellExpander {
+public:
+    /// Rows start `x` pixels right of the plane's first cell and are `width` pixels long; values are multiplied by
+    /// `gain`.
+    CellExpander(const FloatPlane& plane, int cell, int x, int width, double gain);
+    /// Writes the row `y` pixels below the plane's first cell, with the plane's channels, rounded to nearest.
+    void writeRow(int y, std::uint8_t* target);
+
+private:
+    const FloatPlane& m_plane;
+    int m_cell;
+    float m_gain;
+    /// Per value of a row: the left one of two samples, and the weight of the right one.
+    std::vector<int> m_left;
+    std::vector<float> m_weights;
+    std::vector<float> m_line;
+};
 
 /// The mask blurred by `sigma` pixels and multiplied by `gain` (0 to 1), as far as it lies inside `clip`. Outside its
 /// bounds the mask is zero.
