@@ -46,8 +46,15 @@ QCoro::Task<Result<EditorProject>> InputProject::load(QString path) {
     co_return co_await loader.load(url, false, QDateTime::currentDateTimeUtc());
 }
 
-void InputProject::loadAsset(const std::string& path, Completion<AssetPtr> done) {
-    Asset::load(path, m_files, m_context.mainQueue, std::move(done));
+QCoro::Task<Result<EditorCompositionOutput>> InputProject::build(EditorProject project) {
+    EditorCompositionBuilder builder(assetLoader());
+    co_return co_await builder.build(std::move(project));
+}
+
+AssetLoader InputProject::assetLoader() {
+    return [this](const std::string& path, Completion<AssetPtr> done) {
+        Asset::load(path, m_files, m_context.mainQueue, std::move(done));
+    };
 }
 
 } // namespace keldra

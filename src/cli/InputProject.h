@@ -3,6 +3,7 @@
 #include "base/Result.h"
 #include "base/SerialQueue.h"
 #include "cli/CommandContext.h"
+#include "composition/EditorCompositionBuilder.h"
 #include "media/Asset.h"
 #include "project/EditorProjectStore.h"
 
@@ -20,8 +21,11 @@ public:
     /// Errors: one line that names the file and says what is wrong with it.
     QCoro::Task<Result<EditorProject>> load(QString path);
 
-    /// Opens media files of a project, away from the main thread.
-    void loadAsset(const std::string& path, Completion<AssetPtr> done);
+    /// What plays and renders the project.
+    QCoro::Task<Result<EditorCompositionOutput>> build(EditorProject project);
+
+    /// Opens media files, away from the main thread. Good as long as this object.
+    AssetLoader assetLoader();
 
 private:
     const CommandContext& m_context;

@@ -112,13 +112,13 @@ Result<RecordArguments> parseRecordArguments(const QStringList& words) {
     RecordArguments record;
     if (const auto display = arguments.value("--display")) {
         TRY_LET(const std::uint32_t number, parseIdentifier("--display", *display));
-        record.source = RecordArguments::Display{number};
+        record.source = DisplayArgument{number};
     } else if (const auto window = arguments.value("--window")) {
         TRY_LET(const std::uint32_t windowID, parseIdentifier("--window", *window));
-        record.source = RecordArguments::Window{windowID};
+        record.source = WindowArgument{windowID};
     } else if (const auto area = arguments.value("--area")) {
         TRY_LET(const QRect rect, parseArea(*area));
-        record.source = RecordArguments::Area{rect};
+        record.source = AreaArgument{rect};
     }
     if (const auto seconds = arguments.value("--seconds")) {
         TRY_LET(record.seconds, parseNumber("--seconds", *seconds));
@@ -134,11 +134,11 @@ Result<RecordArguments> parseRecordArguments(const QStringList& words) {
 
 Result<CaptureSelection> selectionFor(const RecordArguments& arguments, const QList<Screen>& screens,
                                       const QList<WindowInfo>& windows) {
-    if (const auto* display = std::get_if<RecordArguments::Display>(&arguments.source))
+    if (const auto* display = std::get_if<DisplayArgument>(&arguments.source))
         return selectDisplay(display->number, screens);
-    if (const auto* window = std::get_if<RecordArguments::Window>(&arguments.source))
+    if (const auto* window = std::get_if<WindowArgument>(&arguments.source))
         return selectWindow(window->windowID, windows);
-    return selectArea(std::get<RecordArguments::Area>(arguments.source).rect, screens);
+    return selectArea(std::get<AreaArgument>(arguments.source).rect, screens);
 }
 
 } // namespace keldra

@@ -15,19 +15,21 @@
 
 namespace keldra {
 
+/// What is named on the command line.
+struct DisplayArgument {
+    std::uint32_t number = 0;
+};
+struct WindowArgument {
+    std::uint32_t windowID = 0;
+};
+/// Pixels from the top left of the desktop, y down.
+struct AreaArgument {
+    QRect rect;
+};
+
 /// What the words after `keldra record` ask for.
 struct RecordArguments {
-    struct Display {
-        std::uint32_t number = 0;
-    };
-    struct Window {
-        std::uint32_t windowID = 0;
-    };
-    /// Pixels from the top left of the desktop, y down.
-    struct Area {
-        QRect rect;
-    };
-    std::variant<Display, Window, Area> source;
+    std::variant<DisplayArgument, WindowArgument, AreaArgument> source;
     std::optional<double> seconds;
     RecordingQuality quality = RecordingQuality::high;
     QString outputDirectory;

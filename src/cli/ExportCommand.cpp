@@ -1,0 +1,82 @@
+#include "cli/ExportCommand.h"
+
+#include "async/CoTry.h"
+#include "cli/CommandErrors.h"
+#include "cli/Console.h"
+#include "cli/InputProject.h"
+#include "cli/StopSignals.h"
+#include "composition/EditorExporter.h"
+#include "project/ProjectJson.h"
+
+#include <QFileInfo>
+
+namespace keldra {
+namespace {
+
+struct ExportArguments {
+    QString input;
+    QString output;
+    std::optional<QString> canvas;
+    bool isQuiet = false;
+};
+
+Result<ExportArguments> parseExportArguments(const QStringList& words) {
+    TRY_LET(const Arguments arguments, parseArguments(words, {{"--output", OptionValue::required},
+                                                              {"--canvas", OptionValue::required},
+                                                              {"--quiet", OptionValue::none}}));
+    if (arguments.positional.size() != 1)
+        return fail(usageError(QStringLiteral("export needs one movie or project file")));
+    if (!arguments.has("--output"))
+        return fail(usageError(QStringLiteral("export needs --output F.mp4")));
+    return ExportArguments{arguments.positional.first(), *arguments.value("--output"), arguments.value("--canvas"),
+                           arguments.has("--quiet")};
+}
+
+Result<CanvasStyle> readStyle(const QString& path) {
+    TRY_LET(const QByteArray json, readFile(path));
+    return decodeCanvasStyle(json).map_error([&](Error error) {
+        error.message = path.toStdString() + ": " + error.message;
+        return error;
+    });
+}
+
+/// The old file goes before the new one is whole, so it must not be one that is read.
+Result<void> checkOutput(const QString& output, const QString& input, const EditorProject& project) {
+    const QString target = QFileInfo(output).canonicalFilePath();
+    QStringList sources = {input, project.sourceURL.toLocalFile()};
+    for (const EditorSegment& segment : project.segments)
+        if (segment.sourceURL)
+            sources += segment.sourceURL->toLocalFile();
+    for (const QString& source : sources)
+        if (!target.isEmpty() && target == QFileInfo(source).canonicalFilePath())
+            return fail(
+                Error{"Export", 1, output.toStdString() + ": this is the input; name another file to write", {}});
+    return {};
+}
+
+} // namespace
+
+QCoro::Task<Result<void>> runExport(const CommandContext& context, QStringList words) {
+    CO_TRY_LET(const ExportArguments arguments, parseExportArguments(words));
+    InputProject input(context);
+    CO_TRY_LET(EditorProject project, co_await input.load(arguments.input));
+    if (arguments.canvas) {
+        CO_TRY_LET(project.canvas, readStyle(*arguments.canvas));
+    }
+    CO_TRY(checkOutput(arguments.output, arguments.input, project));
+
+    EditorExporter exporter(input.assetLoader(), *context.scheduler, context.mainQueue);
+    bool isInterrupted = false;
+    const StopSignals signals([&] {
+        isInterrupted = true;
+        exporter.cancel();
+    });
+    ProgressDisplay display(arguments.isQuiet);
+    const Result<void> exported = co_await exporter.exportProject(
+        project, QFileInfo(arguments.output).absoluteFilePath(), [&](double progress) { display.show(progress); });
+    if (!exported && isInterrupted)
+        co_return fail(interruptedError());
+    co_return exported;
+}
+
+} // namespace keldra
