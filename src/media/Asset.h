@@ -23,7 +23,7 @@ public:
     static void load(const std::string& path, Executor& worker, Executor& answer, Completion<AssetPtr> done);
 
     /// A file that is told, not read.
-    static AssetPtr describe(std::string path, MediaTime duration, std::vector<AssetTrack> tracks) {
+    static AssetPtr withTracks(std::string path, MediaTime duration, std::vector<AssetTrack> tracks) {
         const std::shared_ptr<Asset> asset(new Asset);
         asset->m_path = std::move(path);
         asset->m_duration = duration;
