@@ -22,6 +22,15 @@ public:
     /// The same on `worker`, answered on `answer`.
     static void load(const std::string& path, Executor& worker, Executor& answer, Completion<AssetPtr> done);
 
+    /// A file that is told, not read.
+    static AssetPtr withTracks(std::string path, MediaTime duration, std::vector<AssetTrack> tracks) {
+        const std::shared_ptr<Asset> asset(new Asset);
+        asset->m_path = std::move(path);
+        asset->m_duration = duration;
+        asset->m_tracks = std::move(tracks);
+        return asset;
+    }
+
     const std::string& path() const { return m_path; }
     /// From zero to the end of the longest track.
     MediaTime duration() const { return m_duration; }
