@@ -65,7 +65,7 @@ QCoro::Task<Result<void>> runExport(const CommandContext& context, QStringList w
     }
     CO_TRY(checkOutput(arguments.output, arguments.input, project));
 
-    EditorExporter exporter(input.assetLoader(), *context.scheduler, context.mainQueue);
+    EditorExporter exporter(EditorCompositionBuilder(input.assetLoader()), context.mainQueue, context.scheduler);
     bool isInterrupted = false;
     const StopSignals signals([&] {
         isInterrupted = true;

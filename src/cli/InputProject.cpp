@@ -39,9 +39,7 @@ QCoro::Task<Result<EditorProject>> InputProject::load(QString path) {
         CO_TRY_LET(const QByteArray json, readFile(path));
         co_return decodeProject(json).map_error([&](Error error) { return about(path, std::move(error)); });
     }
-    ProjectLoader loader(
-        [this](const std::string& file, Completion<AssetPtr> done) { loadAsset(file, std::move(done)); }, m_store,
-        m_context.mainQueue);
+    ProjectLoader loader(assetLoader(), m_store, m_context.mainQueue);
     const QUrl url = QUrl::fromLocalFile(QFileInfo(path).absoluteFilePath());
     co_return co_await loader.load(url, false, QDateTime::currentDateTimeUtc());
 }

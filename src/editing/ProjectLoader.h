@@ -1,13 +1,10 @@
 #pragma once
 
 #include "base/Result.h"
-#include "media/Asset.h"
+#include "composition/AssetCache.h"
 #include "project/EditorProjectStore.h"
 
 #include <QCoroTask>
-
-#include <functional>
-#include <string>
 
 namespace keldra {
 
@@ -15,9 +12,6 @@ namespace keldra {
 /// thread.
 class ProjectLoader {
 public:
-    /// Opens a file away from the main thread and answers on it.
-    using AssetLoader = std::function<void(const std::string& path, Completion<AssetPtr> done)>;
-
     /// All must outlive the loader's tasks.
     ProjectLoader(AssetLoader loadAsset, EditorProjectStore& store, Executor& mainQueue)
         : m_loadAsset(std::move(loadAsset)), m_store(store), m_mainQueue(mainQueue) {}

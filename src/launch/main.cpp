@@ -32,7 +32,7 @@ int runSubcommand(const QStringList& words) {
     const keldra::CommandContext context{clock, scheduler, mainQueue,
                                          [&] { return keldra::makeDesktopPlatform(clock, mainQueue); }};
 
-    const auto task = keldra::runCommandLine(context, words);
+    auto task = keldra::runCommandLine(context, words);
     task.then([&mainQueue](int status) { mainQueue.post([status] { QCoreApplication::exit(status); }); });
     return QCoreApplication::exec();
 }
