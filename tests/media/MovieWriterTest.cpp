@@ -138,7 +138,7 @@ struct Recording {
         EXPECT_TRUE(started) << (started ? "" : started.error().message);
         writer.startSession(MediaTime::zero());
     }
-    bool append(int number, MediaTime time) { return appendWhenReady(*input, paintedPicture(number), time); }
+    bool append(int number, MediaTime time) { return appendWhenReady(writer, *input, paintedPicture(number), time); }
 
     FileMovieWriter writer;
     MovieWriterInput* input = nullptr;
@@ -199,12 +199,12 @@ TEST(MovieWriter, TakesOnlyPicturesThatFitInRisingOrderWithinTheSession) {
     EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(5, 1))) << "before the session";
     writer.startSession(MediaTime(5, 1));
     EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(4, 1))) << "before its start";
-    EXPECT_TRUE(appendWhenReady(input, paintedPicture(0), MediaTime(6, 1)));
+    EXPECT_TRUE(appendWhenReady(writer, input, paintedPicture(0), MediaTime(6, 1)));
     EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(6, 1))) << "again";
     EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(11, 2))) << "back";
     EXPECT_FALSE(input.append(paintedPicture(9), MediaTime::invalid()));
     EXPECT_FALSE(input.append(paintedPicture(9, 64, 64), MediaTime(7, 1))) << "another size";
-    EXPECT_TRUE(appendWhenReady(input, paintedPicture(1), MediaTime(8, 1)));
+    EXPECT_TRUE(appendWhenReady(writer, input, paintedPicture(1), MediaTime(8, 1)));
     input.markAsFinished();
     EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(9, 1))) << "after the end";
     ASSERT_TRUE(finishAndWait(writer, MediaTime(9, 1)));
@@ -232,7 +232,7 @@ TEST(MovieWriter, HoldsTheSenderBackAndLosesNothingItTook) {
     }
     EXPECT_EQ(refused, 20);
     EXPECT_FALSE(recording.writer.error());
-    EXPECT_TRUE(appendWhenReady(*recording.input, noise, MediaTime(2, 1)));
+    EXPECT_TRUE(appendWhenReady(recording.writer, *recording.input, noise, MediaTime(2, 1)));
     ASSERT_TRUE(finishAndWait(recording.writer, MediaTime(3, 1)));
     EXPECT_EQ(picturesIn(folder / "take.mov").size(), std::size_t(taken + 1));
 }
