@@ -102,11 +102,21 @@ Result<bool> MovieInput::read(AVPacket& packet) {
 Result<void> MovieInput::seek(int index, std::int64_t ticks) {
     if (av_seek_frame(m_context, index, ticks, AVSEEK_FLAG_BACKWARD) >= 0)
         return {};
-    // Nothing at or before: the first key frame after it.
-    if (const int answer = av_seek_frame(m_context, index, ticks, 0); answer >= 0)
-        return {};
-    // What cannot seek in time may still start again.
-    const int answer = av_seek_frame(m_context, -1, 0, AVSEEK_FLAG_BYTE);
+    // Nothing at or before it, or no way to tell.
+    return rewind(index);
+}
+
+Result<void> MovieInput::rewind(int index) {
+    const bool hasIndex = avformat_index_get_entries_count(m_context->streams[index]) > 0;
+    const bool startsAnywhere = (m_context->iformat->flags & AVFMT_TS_DISCONT) != 0;
+    if (hasIndex && !startsAnywhere) {
+        const AVIndexEntry* first = avformat_index_get_entry(m_context->streams[index], 0);
+        if (av_seek_frame(m_context, index, first->timestamp, AVSEEK_FLAG_BACKWARD) >= 0)
+            return {};
+    }
+    int answer = av_seek_frame(m_context, -1, 0, AVSEEK_FLAG_BYTE);
+    if (answer < 0)
+        answer = avformat_seek_file(m_context, -1, INT64_MIN, 0, INT64_MAX, 0);
     if (answer < 0)
         return fail(libavError(answer, m_displayName));
     return {};

@@ -31,8 +31,10 @@ public:
     void readOnly(int index);
     /// False at the end. A damaged end of the file is an end.
     [[nodiscard]] Result<bool> read(AVPacket& packet);
-    /// Goes to a key frame at or before `ticks`, or to the first.
+    /// Goes to a key frame at or before `ticks`, as well as the container can.
     [[nodiscard]] Result<void> seek(int index, std::int64_t ticks);
+    /// Goes to the stream's first packet.
+    [[nodiscard]] Result<void> rewind(int index);
 
 private:
     MovieInput(AVFormatContext* context, std::string displayName);

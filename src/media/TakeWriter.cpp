@@ -66,6 +66,9 @@ Result<void> TakeWriter::appendPicture(const PixelBuffer& picture, std::int64_t 
 
 Result<void> TakeWriter::write(AVPacket& packet) {
     packet.stream_index = m_video.index;
+    // How long it is shown nobody knows yet. A guess that proves too long would push the next fragment's first picture
+    // back; a tick never is.
+    packet.duration = 1;
     return m_file->write(packet, m_video.encoder->timeBase());
 }
 

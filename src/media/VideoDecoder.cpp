@@ -23,6 +23,10 @@ Result<std::unique_ptr<VideoDecoder>> VideoDecoder::open(const std::string& path
         return fail(libavError(answer, name));
     context->pkt_timebase = stream.time_base;
     context->thread_count = std::max(1, threadCount);
+    // Without this the H.264 decoder loses the frames after the last key frame of a file with open groups when it was
+    // started there. With it the frames that it could not rebuild come out flagged, and next() leaves them out.
+    if (stream.codecpar->codec_id == AV_CODEC_ID_H264)
+        context->flags |= AV_CODEC_FLAG_OUTPUT_CORRUPT;
     if (const int answer = avcodec_open2(context.get(), codec, nullptr); answer < 0)
         return fail(libavError(answer, name));
 
@@ -58,7 +62,7 @@ Result<FramePtr> VideoDecoder::next() {
             continue;
         const bool isDamaged = (frame->flags & AV_FRAME_FLAG_CORRUPT) != 0 || frame->decode_error_flags != 0;
         const std::int64_t stamp = frame->best_effort_timestamp;
-        if (isDamaged || stamp == AV_NOPTS_VALUE)
+        if (isDamaged || stamp == AV_NOPTS_VALUE || (m_firstWhole != AV_NOPTS_VALUE && stamp < m_firstWhole))
             continue;
         frame->pts = stamp - m_origin;
         if (m_lastShown != AV_NOPTS_VALUE && frame->pts <= m_lastShown)
@@ -72,7 +76,11 @@ Result<void> VideoDecoder::feed() {
     if (!m_isInputAtEnd) {
         TRY_LET(const bool hasPacket, m_input->read(*m_packet));
         if (hasPacket) {
-            if (m_packet->stream_index == m_streamIndex) {
+            const bool isKey = (m_packet->flags & AV_PKT_FLAG_KEY) != 0;
+            if (m_packet->stream_index == m_streamIndex && (isKey || !m_isAwaitingKey)) {
+                if (m_isAwaitingKey)
+                    m_firstWhole = m_packet->pts;
+                m_isAwaitingKey = false;
                 m_readTicks = m_packet->dts != AV_NOPTS_VALUE ? m_packet->dts : m_packet->pts;
                 // What the codec refuses is a damaged picture: left out.
                 avcodec_send_packet(m_codec.get(), m_packet.get());
@@ -97,27 +105,45 @@ bool VideoDecoder::isReachedByDecodingOn(std::int64_t ticks) {
     return key != nullptr && key->timestamp <= m_readTicks;
 }
 
-Result<void> VideoDecoder::startFrom(std::int64_t ticks) {
-    TRY(m_input->seek(m_streamIndex, ticks));
+void VideoDecoder::forgetPosition() {
     avcodec_flush_buffers(m_codec.get());
     m_isInputAtEnd = false;
     m_readTicks = AV_NOPTS_VALUE;
     m_lastShown = AV_NOPTS_VALUE;
+    m_firstWhole = AV_NOPTS_VALUE;
+}
+
+Result<void> VideoDecoder::startFrom(std::int64_t ticks) {
+    TRY(m_input->seek(m_streamIndex, ticks));
+    forgetPosition();
+    m_isAwaitingKey = true;
+    return {};
+}
+
+Result<void> VideoDecoder::startFromTheBeginning() {
+    TRY(m_input->rewind(m_streamIndex));
+    forgetPosition();
+    // As when the file was opened: there is nothing earlier to find.
+    m_isAwaitingKey = false;
     return {};
 }
 
 Result<FramePtr> VideoDecoder::seek(std::int64_t ticks) {
     const AVStream& stream = m_input->stream(m_streamIndex);
     const std::int64_t first = stream.start_time == AV_NOPTS_VALUE ? m_origin : std::min(stream.start_time, m_origin);
-    const std::int64_t wanted = ticks + m_origin;
-    // Containers seek by decoding times, so the frame found may be shown after the one wanted: then go further back.
+    // Containers seek by decoding times, or only nearly: the frame found may be shown after the one wanted. Then go
+    // further back.
     for (std::int64_t back = 0;; back = back == 0 ? av_rescale_q(1, {1, 2}, stream.time_base) : back * 4) {
-        const std::int64_t from = std::max(first, wanted - back);
+        const std::int64_t from = ticks + m_origin - back;
+        if (from <= first)
+            break;
         TRY(startFrom(from));
         TRY_LET(FramePtr frame, next());
-        if (from <= first || (frame && frame->pts <= ticks))
+        if (frame && frame->pts <= ticks)
             return frame;
     }
+    TRY(startFromTheBeginning());
+    return next();
 }
 
 } // namespace keldra

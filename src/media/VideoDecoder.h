@@ -31,6 +31,8 @@ private:
     /// One packet further into the codec, or the news of the end.
     [[nodiscard]] Result<void> feed();
     [[nodiscard]] Result<void> startFrom(std::int64_t ticks);
+    [[nodiscard]] Result<void> startFromTheBeginning();
+    void forgetPosition();
 
     std::unique_ptr<MovieInput> m_input;
     int m_streamIndex = 0;
@@ -40,6 +42,9 @@ private:
     /// Of the packet read last.
     std::int64_t m_readTicks = AV_NOPTS_VALUE;
     std::int64_t m_lastShown = AV_NOPTS_VALUE;
+    /// After a seek: packets before a key frame, and frames shown before it, lack what they are built on.
+    bool m_isAwaitingKey = false;
+    std::int64_t m_firstWhole = AV_NOPTS_VALUE;
     bool m_isInputAtEnd = false;
 };
 

@@ -1,6 +1,15 @@
 #include "TestMovies.h"
 #include "base/HostClock.h"
 
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <fcntl.h>
+#include <random>
+#include <sys/file.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
 namespace keldra {
 namespace {
 
@@ -84,6 +93,235 @@ INSTANTIATE_TEST_SUITE_P(
                 MediaTime(3, 1) + MediaTime(130, 24), evenly(130, MediaTime::zero(), MediaTime(1, 24)),
                 MediaTime(130, 24)}),
     [](const auto& row) { return row.param.name; });
+
+/// What libavformat's other users see of a take that is still being written, or was left so.
+std::vector<int> numbersIn(const std::string& path) {
+    std::vector<int> numbers;
+    for (const ShownPicture& picture : picturesIn(path))
+        numbers.push_back(picture.number);
+    return numbers;
+}
+
+std::vector<int> upTo(int count) {
+    std::vector<int> numbers;
+    for (int i = 0; i < count; ++i)
+        numbers.push_back(i);
+    return numbers;
+}
+
+/// No file may grow beyond this while it lives: a full disk, as far as a program can tell.
+class DiskLimit {
+public:
+    explicit DiskLimit(rlim_t bytes) : m_handler(std::signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        rlimit limit = m_before;
+        limit.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~DiskLimit() {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+
+private:
+    void (*m_handler)(int);
+    rlimit m_before{};
+};
+
+/// A writer under way, from time 0.
+struct Recording {
+    explicit Recording(const std::string& path, VideoTrackSettings settings = smallTrack()) : writer(path) {
+        auto added = writer.addVideoInput(settings);
+        EXPECT_TRUE(added);
+        input = &added->get();
+        const auto started = writer.startWriting();
+        EXPECT_TRUE(started) << (started ? "" : started.error().message);
+        writer.startSession(MediaTime::zero());
+    }
+    bool append(int number, MediaTime time) { return appendWhenReady(writer, *input, paintedPicture(number), time); }
+
+    FileMovieWriter writer;
+    MovieWriterInput* input = nullptr;
+};
+
+TEST(MovieWriter, OpensOnlyANameThatIsFree) {
+    const TemporaryFolder folder;
+    writeBytes(folder / "taken.mov", {'m', 'i', 'n', 'e'});
+    const std::vector<std::pair<std::string, std::string>> rows{
+        {folder / "taken.mov", "taken.mov: File exists"},
+        {folder / "gone/take.mov", "take.mov: No such file or directory"},
+    };
+    for (const auto& [path, words] : rows) {
+        FileMovieWriter writer(path);
+        ASSERT_TRUE(writer.addVideoInput(smallTrack()));
+        const auto started = writer.startWriting();
+        ASSERT_FALSE(started) << path;
+        EXPECT_EQ(started.error().message, words);
+        writer.cancelWriting();
+    }
+    EXPECT_EQ(bytesOf(folder / "taken.mov"), (std::vector<char>{'m', 'i', 'n', 'e'}));
+}
+
+TEST(MovieWriter, LeavesNoFileWhenTheEncoderRefuses) {
+    const TemporaryFolder folder;
+    ::setenv("KELDRA_X264_PRESET", "nosuchpreset", 1);
+    FileMovieWriter writer(folder / "take.mov");
+    ASSERT_TRUE(writer.addVideoInput(smallTrack()));
+    const auto started = writer.startWriting();
+    ::unsetenv("KELDRA_X264_PRESET");
+    ASSERT_FALSE(started);
+    EXPECT_EQ(writer.error(), started.error());
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST(MovieWriter, RefusesSettingsThatCannotBeEncoded) {
+    const auto with = [](int VideoTrackSettings::*field, int value) {
+        VideoTrackSettings settings = smallTrack();
+        settings.*field = value;
+        return settings;
+    };
+    for (const VideoTrackSettings& settings :
+         {with(&VideoTrackSettings::width, 127), with(&VideoTrackSettings::height, 0),
+          with(&VideoTrackSettings::maximumKeyFrameInterval, 0)}) {
+        FileMovieWriter writer("unused.mov");
+        EXPECT_FALSE(writer.addVideoInput(settings));
+    }
+}
+
+TEST(MovieWriter, TakesOnlyPicturesThatFitInRisingOrderWithinTheSession) {
+    const TemporaryFolder folder;
+    FileMovieWriter writer(folder / "take.mov");
+    auto added = writer.addVideoInput(smallTrack());
+    ASSERT_TRUE(added);
+    MovieWriterInput& input = *added;
+    EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(5, 1))) << "before writing";
+    ASSERT_TRUE(writer.startWriting());
+    EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(5, 1))) << "before the session";
+    writer.startSession(MediaTime(5, 1));
+    EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(4, 1))) << "before its start";
+    EXPECT_TRUE(appendWhenReady(writer, input, paintedPicture(0), MediaTime(6, 1)));
+    EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(6, 1))) << "again";
+    EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(11, 2))) << "back";
+    EXPECT_FALSE(input.append(paintedPicture(9), MediaTime::invalid()));
+    EXPECT_FALSE(input.append(paintedPicture(9, 64, 64), MediaTime(7, 1))) << "another size";
+    EXPECT_TRUE(appendWhenReady(writer, input, paintedPicture(1), MediaTime(8, 1)));
+    input.markAsFinished();
+    EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(9, 1))) << "after the end";
+    ASSERT_TRUE(finishAndWait(writer, MediaTime(9, 1)));
+    EXPECT_EQ(picturesIn(folder / "take.mov"), (std::vector<ShownPicture>{{0, MediaTime(1, 1)}, {1, MediaTime(3, 1)}}));
+}
+
+TEST(MovieWriter, HoldsTheSenderBackAndLosesNothingItTook) {
+    const TemporaryFolder folder;
+    VideoTrackSettings settings = smallTrack();
+    settings.width = 1280;
+    settings.height = 720;
+    Recording recording(folder / "take.mov", settings);
+    std::mt19937 random(3);
+    PixelBuffer noise = paintedPicture(0, 1280, 720);
+    for (int y = 2 * blockSize; y < noise.height(); ++y)
+        std::generate_n(noise.mutableRow(0, y), noise.width() * 4, [&] { return std::uint8_t(random()); });
+    // Sent as fast as it goes, the encoder falls behind at once.
+    int taken = 0;
+    int refused = 0;
+    for (int i = 0; refused < 20 && i < 100'000; ++i) {
+        if (recording.input->append(noise, MediaTime(i + 1, 60000)))
+            taken += 1;
+        else
+            refused += 1;
+    }
+    EXPECT_EQ(refused, 20);
+    EXPECT_FALSE(recording.writer.error());
+    EXPECT_TRUE(appendWhenReady(recording.writer, *recording.input, noise, MediaTime(2, 1)));
+    ASSERT_TRUE(finishAndWait(recording.writer, MediaTime(3, 1)));
+    EXPECT_EQ(picturesIn(folder / "take.mov").size(), std::size_t(taken + 1));
+}
+
+TEST(MovieWriter, LocksItsFileAndRemovesItWhenCancelled) {
+    const TemporaryFolder folder;
+    {
+        Recording recording(folder / "take.mov");
+        ASSERT_TRUE(recording.append(0, MediaTime::zero()));
+        const int descriptor = ::open((folder / "take.mov").c_str(), O_RDONLY);
+        EXPECT_EQ(::flock(descriptor, LOCK_SH | LOCK_NB), -1);
+        EXPECT_EQ(errno, EWOULDBLOCK);
+        ::close(descriptor);
+        recording.writer.cancelWriting();
+        EXPECT_FALSE(recording.input->isReadyForMoreMediaData());
+    }
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST(MovieWriter, RemovesOnlyItsOwnFile) {
+    const TemporaryFolder folder;
+    {
+        Recording recording(folder / "take.mov");
+        std::filesystem::rename(folder / "take.mov", folder / "moved.mov");
+        writeBytes(folder / "take.mov", {'m', 'i', 'n', 'e'});
+        recording.writer.cancelWriting();
+    }
+    EXPECT_EQ(bytesOf(folder / "take.mov"), (std::vector<char>{'m', 'i', 'n', 'e'}));
+}
+
+TEST(MovieWriter, KeepsWhatItHasWhenItIsDropped) {
+    const TemporaryFolder folder;
+    {
+        Recording recording(folder / "take.mov");
+        for (int i = 0; i < 10; ++i)
+            ASSERT_TRUE(recording.append(i, MediaTime(i, 30)));
+    }
+    EXPECT_EQ(numbersIn(folder / "take.mov"), upTo(10));
+}
+
+TEST(MovieWriter, FailsWithoutAPicture) {
+    const TemporaryFolder folder;
+    Recording recording(folder / "take.mov");
+    const auto finished = finishAndWait(recording.writer, MediaTime(1, 1));
+    ASSERT_FALSE(finished);
+    EXPECT_EQ(finished.error().message, "Not one picture was recorded.");
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST(MovieWriter, KeepsWhatFitsOnAFullDisk) {
+    const TemporaryFolder folder;
+    {
+        Recording recording(folder / "take.mov");
+        const DiskLimit full(20'000);
+        int appended = 0;
+        while (appended < 20'000 && recording.append(appended, MediaTime(appended, 60)))
+            appended += 1;
+        const auto error = recording.writer.error();
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->message, "take.mov: File too large");
+        EXPECT_FALSE(recording.input->isReadyForMoreMediaData());
+        const auto finished = finishAndWait(recording.writer, MediaTime(appended, 60));
+        ASSERT_FALSE(finished);
+        EXPECT_EQ(finished.error(), *error);
+    }
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"take.mov"});
+    const std::vector<int> numbers = numbersIn(folder / "take.mov");
+    EXPECT_GE(numbers.size(), 60u);
+    EXPECT_EQ(numbers, upTo(int(numbers.size())));
+}
+
+TEST(MovieWriter, StaysAGrowingFileWhereThereIsNoRoomForAnOrdinaryOne) {
+    const TemporaryFolder folder;
+    Recording recording(folder / "take.mov");
+    ASSERT_TRUE(recording.append(0, MediaTime::zero()));
+    ASSERT_TRUE(recording.append(1, MediaTime(1, 2)));
+    // Its index alone would not fit.
+    testing::internal::CaptureStdout();
+    const auto finished = [&] {
+        const DiskLimit full(6000);
+        return finishAndWait(recording.writer, MediaTime(1, 1));
+    }();
+    const std::string log = testing::internal::GetCapturedStdout();
+    EXPECT_TRUE(finished) << finished.error().message;
+    EXPECT_EQ(log.rfind("[KELDRA] making an ordinary movie of a recording failed: domain=POSIX code=27 info=", 0), 0u)
+        << log;
+    EXPECT_EQ(folder.names(), std::vector<std::string>{"take.mov"});
+    EXPECT_EQ(numbersIn(folder / "take.mov"), upTo(2));
+}
 
 } // namespace
 } // namespace keldra

@@ -128,11 +128,13 @@ inline VideoTrackSettings smallTrack() {
     return settings;
 }
 
-/// Gives the picture to the input as soon as it is ready; false when it did not become ready in ten seconds.
-inline bool appendWhenReady(MovieWriterInput& input, const PixelBuffer& picture, MediaTime time) {
+/// Gives the picture to the input as soon as it is ready; false when the writer failed, or in ten seconds was not
+/// ready.
+inline bool appendWhenReady(const MovieWriter& writer, MovieWriterInput& input, const PixelBuffer& picture,
+                            MediaTime time) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     while (!input.isReadyForMoreMediaData()) {
-        if (std::chrono::steady_clock::now() > deadline)
+        if (writer.error() || std::chrono::steady_clock::now() > deadline)
             return false;
         std::this_thread::yield();
     }
@@ -157,7 +159,7 @@ inline Result<void> recordTake(const std::string& path, MediaTime start, const s
     TRY(writer.startWriting());
     writer.startSession(start);
     for (std::size_t i = 0; i < times.size(); ++i)
-        if (!appendWhenReady(input, paintedPicture(int(i)), times[i]))
+        if (!appendWhenReady(writer, input, paintedPicture(int(i)), times[i]))
             return fail(writer.error().value_or(Error{"test", 2, "A picture was refused.", {}}));
     input.markAsFinished();
     return finishAndWait(writer, end);

@@ -1,0 +1,238 @@
+#include "TestMovies.h"
+
+#include <algorithm>
+#include <cmath>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace keldra {
+namespace {
+
+using namespace test;
+
+/// Where the preferred transform puts the picture's corners: position and size, rounded.
+PixelRect uprightRect(const AssetTrack& track) {
+    const AffineTransform& t = track.preferredTransform;
+    const auto at = [&](double x, double y) { return std::pair{t.a * x + t.c * y + t.tx, t.b * x + t.d * y + t.ty}; };
+    const auto [x0, y0] = at(0, 0);
+    const auto [x1, y1] = at(track.naturalSize.width, track.naturalSize.height);
+    return {int(std::lround(std::min(x0, x1))), int(std::lround(std::min(y0, y1))), int(std::lround(std::abs(x1 - x0))),
+            int(std::lround(std::abs(y1 - y0)))};
+}
+
+struct TrackRow {
+    const char* name;
+    std::string file;
+    /// Of the ffmpeg program, before the file.
+    std::string arguments;
+    Size naturalSize;
+    Size uprightSize;
+    double frameRate;
+    MediaTimeRange timeRange;
+    std::string codec;
+};
+
+class AssetTracks : public testing::TestWithParam<TrackRow> {};
+
+TEST_P(AssetTracks, AreDescribed) {
+    const TrackRow& row = GetParam();
+    const TemporaryFolder folder;
+    runFfmpeg(row.arguments + "'" + (folder / row.file) + "'");
+    const auto asset = Asset::open(folder / row.file);
+    ASSERT_TRUE(asset) << asset.error().message;
+    const auto tracks = (*asset)->tracks(MediaKind::video);
+    ASSERT_EQ(tracks.size(), 1u);
+    const AssetTrack& track = tracks.front();
+    EXPECT_EQ(track.naturalSize, row.naturalSize);
+    const PixelRect upright = uprightRect(track);
+    EXPECT_EQ((Size{double(upright.width), double(upright.height)}), row.uprightSize);
+    EXPECT_NEAR(track.nominalFrameRate, row.frameRate, 0.01);
+    EXPECT_NEAR(track.timeRange.start.seconds(), row.timeRange.start.seconds(), 0.001);
+    EXPECT_NEAR(track.timeRange.duration.seconds(), row.timeRange.duration.seconds(), 0.001);
+    EXPECT_EQ(track.codecName, row.codec);
+}
+
+const MediaTimeRange twoSeconds{MediaTime::zero(), MediaTime(2, 1)};
+
+INSTANTIATE_TEST_SUITE_P(
+    , AssetTracks,
+    testing::Values(TrackRow{"mp4WithReordering",
+                             "a.mp4",
+                             paintedSource(30, 2) + "-c:v libx264 -bf 3 -pix_fmt yuv420p ",
+                             {128, 64},
+                             {128, 64},
+                             30,
+                             twoSeconds,
+                             "h264"},
+                    TrackRow{"wideLikeAnOldBroadcast",
+                             "a.mov",
+                             paintedSource(25, 2) + "-c:v mpeg4 -vf setsar=16/11 ",
+                             {186, 64},
+                             {186, 64},
+                             25,
+                             twoSeconds,
+                             "mpeg4"},
+                    TrackRow{"oddSize",
+                             "a.mov",
+                             paintedSource(24, 2, "141x53") + "-c:v mpeg4 ",
+                             {141, 53},
+                             {141, 53},
+                             24,
+                             twoSeconds,
+                             "mpeg4"},
+                    TrackRow{"fragments",
+                             "a.mp4",
+                             paintedSource(30, 2) +
+                                 "-c:v libx264 -bf 0 -g 15 -pix_fmt yuv420p -movflags frag_keyframe+empty_moov ",
+                             {128, 64},
+                             {128, 64},
+                             30,
+                             twoSeconds,
+                             "h264"},
+                    TrackRow{"startsLate",
+                             "a.mov",
+                             "-itsoffset 0.5 " + paintedSource(30, 2) + "-f lavfi -i anullsrc=d=3 " +
+                                 "-vsync passthrough -c:v libx264 -bf 0 -pix_fmt yuv420p -c:a pcm_s16le ",
+                             {128, 64},
+                             {128, 64},
+                             30,
+                             {MediaTime(1, 2), MediaTime(2, 1)},
+                             "h264"},
+                    TrackRow{"broadcastClock",
+                             "a.ts",
+                             paintedSource(25, 2) + "-c:v libx264 -bf 0 -pix_fmt yuv420p -output_ts_offset 1000 ",
+                             {128, 64},
+                             {128, 64},
+                             25,
+                             twoSeconds,
+                             "h264"},
+                    TrackRow{"matroska",
+                             "a.mkv",
+                             paintedSource(30, 2) + "-c:v libx264 -bf 2 -pix_fmt yuv420p ",
+                             {128, 64},
+                             {128, 64},
+                             30,
+                             twoSeconds,
+                             "h264"}),
+    [](const auto& row) { return row.param.name; });
+
+TEST(Asset, TurnsAPhonesPictureUpright) {
+    const TemporaryFolder folder;
+    runFfmpeg(paintedSource(30, 0.5) + "-c:v libx264 -pix_fmt yuv420p '" + (folder / "flat.mp4") + "'");
+    // The program means a quarter turn to the left.
+    runFfmpeg("-i '" + (folder / "flat.mp4") + "' -c copy -metadata:s:v rotate=90 '" + (folder / "turned.mp4") + "'");
+    const auto asset = Asset::open(folder / "turned.mp4");
+    ASSERT_TRUE(asset) << asset.error().message;
+    const AssetTrack track = (*asset)->tracks().front();
+    EXPECT_EQ(track.naturalSize, (Size{128, 64}));
+    const PixelRect upright = uprightRect(track);
+    EXPECT_EQ(std::pair(upright.width, upright.height), std::pair(64, 128));
+    // The picture's right end becomes the top.
+    EXPECT_NEAR(track.preferredTransform.b, -1, 1e-4);
+    EXPECT_NEAR(track.preferredTransform.c, 1, 1e-4);
+}
+
+TEST(Asset, ListsSoundTracksInOrderAndLastsAsLongAsTheLongest) {
+    const TemporaryFolder folder;
+    runFfmpeg(paintedSource(30, 1) + "-f lavfi -i sine=d=2.5:r=48000 -f lavfi -i anullsrc=d=1:r=44100:cl=stereo " +
+              "-map 0 -map 1 -map 2 -c:v libx264 -pix_fmt yuv420p -c:a:0 pcm_f32le -c:a:1 pcm_s24le '" +
+              (folder / "a.mov") + "'");
+    const auto asset = Asset::open(folder / "a.mov");
+    ASSERT_TRUE(asset) << asset.error().message;
+    const auto sounds = (*asset)->tracks(MediaKind::audio);
+    ASSERT_EQ(sounds.size(), 2u);
+    EXPECT_EQ(std::tuple(sounds[0].codecName, sounds[0].sampleRate, sounds[0].channelCount),
+              std::tuple("pcm_f32le", 48000, 1));
+    EXPECT_EQ(std::tuple(sounds[1].codecName, sounds[1].sampleRate, sounds[1].channelCount),
+              std::tuple("pcm_s24le", 44100, 2));
+    EXPECT_NEAR((*asset)->duration().seconds(), 2.5, 0.001);
+}
+
+TEST(Asset, SaysWhyAFileIsNotAMovie) {
+    const TemporaryFolder folder;
+    runFfmpeg(paintedSource(30, 1) + "-c:v libx264 -pix_fmt yuv420p '" + (folder / "whole.mov") + "'");
+    const std::vector<char> whole = bytesOf(folder / "whole.mov");
+    ASSERT_GT(whole.size(), 1000u);
+    // The index of this file is at its end.
+    writeBytes(folder / "truncated.mov", {whole.begin(), whole.begin() + std::ptrdiff_t(whole.size() / 2)});
+    writeBytes(folder / "empty.mov", {});
+    const std::string text = "Once upon a time there was a text.\n";
+    writeBytes(folder / "text.txt", {text.begin(), text.end()});
+    const std::string playlist = "#EXTM3U\n#EXT-X-TARGETDURATION:9\n#EXTINF:9,\nwhole.mov\n#EXT-X-ENDLIST\n";
+    writeBytes(folder / "list.m3u8", {playlist.begin(), playlist.end()});
+    std::filesystem::create_directory(folder / "folder.mov");
+    ASSERT_EQ(::mkfifo((folder / "pipe.mov").c_str(), 0600), 0);
+    runFfmpeg("-f lavfi -i color=red:s=16x16 -frames:v 1 '" + (folder / "picture.png") + "'");
+
+    const std::vector<std::pair<std::string, std::string>> rows{
+        {"missing.mov", "missing.mov: No such file or directory"},
+        {"folder.mov", "folder.mov: Is a directory"},
+        {"empty.mov", "empty.mov is not a movie that can be read: The file is empty"},
+        {"pipe.mov", "pipe.mov is not a movie that can be read: It is not a regular file"},
+        {"truncated.mov", "truncated.mov is not a movie that can be read: Invalid data found when processing input"},
+        {"text.txt", "text.txt is not a movie that can be read: Invalid data found when processing input"},
+        {"list.m3u8", "list.m3u8 is not a movie that can be read: Invalid data found when processing input"},
+        {"picture.png", "picture.png is not a movie that can be read: Invalid data found when processing input"},
+    };
+    testing::internal::CaptureStderr();
+    for (const auto& [name, words] : rows) {
+        const auto asset = Asset::open(folder / name);
+        ASSERT_FALSE(asset) << name;
+        EXPECT_EQ(asset.error().message, words);
+    }
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    // A name is a name, whatever it looks like.
+    std::filesystem::copy(folder / "whole.mov", folder / "http:whole.mov");
+    EXPECT_TRUE(Asset::open(folder / "http:whole.mov"));
+}
+
+TEST(Asset, ReadsDamagedFilesWithoutHarm) {
+    const TemporaryFolder folder;
+    runFfmpeg(paintedSource(30, 1) + "-c:v libx264 -pix_fmt yuv420p -movflags faststart '" + (folder / "whole.mov") +
+              "'");
+    const std::vector<char> whole = bytesOf(folder / "whole.mov");
+    testing::internal::CaptureStderr();
+    unsigned seed = 12345;
+    int opened = 0;
+    for (int round = 0; round < 60; ++round) {
+        std::vector<char> damaged = whole;
+        for (int i = 0; i < 20; ++i) {
+            seed = seed * 1664525u + 1013904223u;
+            damaged[(seed >> 8) % damaged.size()] = char(seed >> 24);
+        }
+        if (round % 3 == 0)
+            damaged.erase(damaged.end() - std::ptrdiff_t((seed >> 8) % (damaged.size() / 2)), damaged.end());
+        writeBytes(folder / "damaged.mov", damaged);
+        const auto asset = Asset::open(folder / "damaged.mov");
+        if (!asset || (*asset)->tracks(MediaKind::video).empty())
+            continue;
+        opened += 1;
+        const auto reader = TrackReader::open(*asset, (*asset)->tracks(MediaKind::video).front().index, {});
+        MediaTime last = MediaTime(-1, 1);
+        while (reader) {
+            const auto frame = (*reader)->next();
+            if (!frame || !*frame)
+                break;
+            EXPECT_GT((**frame).time, last) << "round " << round;
+            last = (**frame).time;
+        }
+    }
+    EXPECT_GT(opened, 10);
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST(Asset, LoadsOnOneQueueAndAnswersOnAnother) {
+    const TemporaryFolder folder;
+    SerialQueue worker("test.worker");
+    SerialQueue answer("test.answer");
+    std::promise<std::string> promise;
+    Asset::load(folder / "missing.mov", worker, answer, [&](Result<AssetPtr> result) {
+        promise.set_value(answer.isCurrent() && !result ? result.error().message : "wrong");
+    });
+    auto future = promise.get_future();
+    ASSERT_EQ(future.wait_for(std::chrono::seconds(10)), std::future_status::ready);
+    EXPECT_EQ(future.get(), "missing.mov: No such file or directory");
+}
+
+} // namespace
+} // namespace keldra
