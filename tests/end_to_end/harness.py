@@ -64,6 +64,7 @@ class Scene:
         self._process.terminate()
         self._process.wait()
         self._reader.join()
+        self._process.stdout.close()
 
     def standing(self, seconds):
         """Numbers that stood on the screen for at least so long, in order."""

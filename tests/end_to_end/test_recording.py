@@ -1,22 +1,16 @@
 """What `keldra record` writes, judged by the file."""
-import pathlib
-import re
+import json
+import signal
 import subprocess
-import time
 
-from harness import (LAYOUT, Recording, Scene, TestCase, boxes, number_in, numbers_of, pictures, probe, record, run,
-                     stamps, until)
+from harness import Recording, Scene, TestCase, boxes, number_in, numbers_of, pictures, probe, record, run, stamps, until
 
 
-def frame_corner(window):
-    """The upper left corner of a window's frame, in pixels from the top left of the desktop."""
-    said = subprocess.run(["xwininfo", "-frame", "-id", str(window)], check=True, stdout=subprocess.PIPE, text=True).stdout
-    return tuple(int(re.search(rf"Absolute upper-left {axis}: +(-?\d+)", said)[1]) for axis in "XY")
-
-
-def content_corner(window):
-    said = subprocess.run(["xwininfo", "-id", str(window)], check=True, stdout=subprocess.PIPE, text=True).stdout
-    return tuple(int(re.search(rf"Absolute upper-left {axis}: +(-?\d+)", said)[1]) for axis in "XY")
+def content_in_frame(window):
+    """Where a window's content begins in its frame."""
+    said = subprocess.run(["xprop", "-id", str(window), "_NET_FRAME_EXTENTS"], check=True, stdout=subprocess.PIPE, text=True)
+    left, _, top, _ = (int(number) for number in said.stdout.split("=")[1].split(","))
+    return left, top
 
 
 class DisplayTest(TestCase):
@@ -62,7 +56,6 @@ class DisplayTest(TestCase):
         self.assertLessEqual(len(times), 2.3 * 24 + 2)
 
     def test_ctrl_c_and_sigterm_finish_the_file(self):
-        import signal
         for number in (signal.SIGINT, signal.SIGTERM):
             with Scene("--rate", 10):
                 recording = Recording(self.folder, "--display", 1)
@@ -98,8 +91,7 @@ class WindowTest(TestCase):
         with Scene("--managed", "--geometry", "640x400+300+200", "--rate", 10, "--title", "Below") as scene:
             with Scene("--managed", "--geometry", "600x340+320+260", "--still", "--title", "Above",
                        "--colors", "ff00ff,ff00ff,ff00ff,ff00ff,ff00ff,ff00ff,ff00ff,ff00ff"):
-                outer, inner = frame_corner(scene.window), content_corner(scene.window)
-                origin = (inner[0] - outer[0], inner[1] - outer[1])
+                origin = content_in_frame(scene.window)
                 recording = Recording(self.folder, "--window", scene.window)
                 path = recording.file()
                 until(lambda: path.stat().st_size > 50_000, "growth of the file")
@@ -117,7 +109,6 @@ class WindowTest(TestCase):
 
 class SourcesTest(TestCase):
     def test_sources_name_what_record_takes(self):
-        import json
         with Scene("--managed", "--geometry", "640x400+300+200", "--title", "A \"title\" é") as scene:
             status, out, err = run("sources", "--json")
             self.assertEqual((status, err), (0, ""))
