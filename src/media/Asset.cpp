@@ -38,13 +38,6 @@ AffineTransform preferredTransformOf(const AVStream& stream) {
     return {fixed(0), fixed(1), fixed(3), fixed(4), fixed(6), fixed(7)};
 }
 
-double frameRateOf(const AVStream& stream) {
-    for (const AVRational rate : {stream.avg_frame_rate, stream.r_frame_rate})
-        if (rate.num > 0 && rate.den > 0)
-            return av_q2d(rate);
-    return 0;
-}
-
 AssetTrack describe(MovieInput& input, AVStream& stream) {
     const AVCodecParameters& parameters = *stream.codecpar;
     AssetTrack track;
@@ -64,7 +57,7 @@ AssetTrack describe(MovieInput& input, AVStream& stream) {
     const double ratio = aspect.den > 0 ? av_q2d(aspect) : 1;
     track.naturalSize = {std::max(1.0, std::round(parameters.width * ratio)), double(parameters.height)};
     track.preferredTransform = preferredTransformOf(stream);
-    track.nominalFrameRate = frameRateOf(stream);
+    track.nominalFrameRate = input.nominalFrameRate(stream.index);
     return track;
 }
 

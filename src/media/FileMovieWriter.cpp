@@ -139,7 +139,8 @@ void FileMovieWriter::finishWriting(MediaTime end, Executor& answer, Completion<
 }
 
 void FileMovieWriter::cancelWriting() {
-    if (!isWriting())
+    const bool hasFailedFinish = m_isOver && m_shared->error();
+    if (!isWriting() && !hasFailedFinish)
         return;
     m_isOver = true;
     m_fragmentTimer.cancel();

@@ -1,8 +1,11 @@
 #include "media/MovieInput.h"
 
 #include "media/MediaError.h"
+#include "media/MovieMuxer.h"
 
 #include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -39,6 +42,25 @@ bool isMedia(const AVStream& stream) {
     return type == AVMEDIA_TYPE_AUDIO || (type == AVMEDIA_TYPE_VIDEO && !isCover);
 }
 
+/// A QuickTime index tells where every picture lies; a file that ends before its last one was not copied whole. A movie
+/// in fragments, such as a killed recording, counts no pictures in its head and is read as far as it goes.
+Result<void> checkWhole(AVFormatContext& context, const std::string& name) {
+    if (std::strstr(context.iformat->name, "mov") == nullptr)
+        return {};
+    const std::int64_t size = avio_size(context.pb);
+    for (unsigned index = 0; index < context.nb_streams; ++index) {
+        AVStream* stream = context.streams[index];
+        const int count = stream->nb_frames > 0 ? avformat_index_get_entries_count(stream) : 0;
+        const AVIndexEntry* last = count > 0 ? avformat_index_get_entry(stream, count - 1) : nullptr;
+        if (last != nullptr && last->pos + last->size > size)
+            return fail(mediaError(MediaError::notAMovie,
+                                   name + " is cut off: it should have at least " +
+                                       std::to_string(last->pos + last->size) + " bytes and has " +
+                                       std::to_string(size) + "; copy it again"));
+    }
+    return {};
+}
+
 } // namespace
 
 MovieInput::MovieInput(AVFormatContext* context, std::string displayName)
@@ -68,6 +90,7 @@ Result<std::unique_ptr<MovieInput>> MovieInput::open(const std::string& path, co
     std::unique_ptr<MovieInput> input(new MovieInput(context, displayName));
     if (const int found = avformat_find_stream_info(context, nullptr); found < 0)
         return fail(notAMovie(displayName, libavWords(found)));
+    TRY(checkWhole(*context, displayName));
     for (int index = 0; index < input->streamCount(); ++index)
         if (isMedia(input->stream(index)))
             return input;
@@ -79,6 +102,25 @@ std::int64_t MovieInput::originTicks(int index) const {
     if (!startsAnywhere || m_context->start_time == AV_NOPTS_VALUE)
         return 0;
     return av_rescale_q(m_context->start_time, AV_TIME_BASE_Q, m_context->streams[index]->time_base);
+}
+
+std::string MovieInput::tag(const char* name) const {
+    const AVDictionaryEntry* entry = av_dict_get(m_context->metadata, name, nullptr, 0);
+    return entry != nullptr ? entry->value : "";
+}
+
+double MovieInput::nominalFrameRate(int index) {
+    // Some containers count in milliseconds and state no rate; nothing is shown at more than this.
+    constexpr double highest = 240;
+    if (const int stated = std::atoi(tag(frameRateTag).c_str()); stated > 0 && stated <= highest)
+        return stated;
+    AVStream& described = stream(index);
+    const AVRational average = described.avg_frame_rate;
+    const AVRational guessed = av_guess_frame_rate(m_context, &described, nullptr);
+    for (const AVRational rate : {guessed, average})
+        if (rate.num > 0 && rate.den > 0 && av_q2d(rate) <= highest)
+            return av_q2d(rate);
+    return 0;
 }
 
 void MovieInput::readOnly(int index) {

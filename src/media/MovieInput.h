@@ -24,6 +24,11 @@ public:
     AVStream& stream(int index) { return *m_context->streams[index]; }
     /// What the packets' times count from, in ticks of the stream: containers made for broadcast start anywhere.
     std::int64_t originTicks(int index) const;
+    /// A fact about the whole movie that MovieMuxer::setTag() left; empty when there is none.
+    std::string tag(const char* name) const;
+    /// The frames per second that a video stream is made for: what the movie or its codec states, else what its times
+    /// suggest. 0 when nothing is known.
+    double nominalFrameRate(int index);
     /// Of the whole file, in AV_TIME_BASE; AV_NOPTS_VALUE when not known.
     std::int64_t duration() const { return m_context->duration; }
 

@@ -2,7 +2,6 @@
 
 #include "media/MediaError.h"
 
-#include <string>
 
 extern "C" {
 #include <libavutil/opt.h>
@@ -52,15 +51,20 @@ Result<AVStream*> MovieMuxer::addTrack(AVRational timeBase) {
     return stream;
 }
 
+void MovieMuxer::setTag(const char* name, const std::string& value) {
+    av_dict_set(&m_context->metadata, name, value.c_str(), 0);
+}
+
 Result<void> MovieMuxer::begin() {
     AVDictionary* options = nullptr;
     switch (m_shape) {
     case Shape::growing:
         // The head waits for the first fragment: written at once it would forget how late a track starts.
-        av_dict_set(&options, "movflags", "frag_custom+default_base_moof+delay_moov", 0);
+        av_dict_set(&options, "movflags", "frag_custom+default_base_moof+delay_moov+use_metadata_tags", 0);
         break;
     case Shape::quickTime:
         av_dict_set_int(&options, "moov_size", m_indexBytes, 0);
+        av_dict_set(&options, "movflags", "use_metadata_tags", 0);
         break;
     case Shape::mp4:
         av_dict_set(&options, "movflags", "faststart", 0);

@@ -6,8 +6,13 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 
 namespace keldra {
+
+/// Tag of a recording: the frames per second that it was made for. Its pictures come only when the screen changes, so
+/// their times do not tell.
+inline constexpr const char* frameRateTag = "keldra.frame-rate";
 
 /// Puts packets of several tracks into a movie file. Times are as the caller gives them, from the file's zero: a track
 /// that starts late stays late. Belongs to one thread at a time.
@@ -28,6 +33,8 @@ public:
 
     /// Before begin(), until when the caller describes what the track holds.
     [[nodiscard]] Result<AVStream*> addTrack(AVRational timeBase);
+    /// Before begin(): a fact about the whole movie, under a name of our own.
+    void setTag(const char* name, const std::string& value);
     [[nodiscard]] Result<void> begin();
     /// The packet's times are in `timeBase`, its track in `stream_index`. Within a track decoding times rise strictly.
     [[nodiscard]] Result<void> write(AVPacket& packet, AVRational timeBase);

@@ -54,7 +54,7 @@ public:
     /// Ends every track, lengthens the last picture up to `end`, and makes the file an ordinary movie. The answer
     /// carries the writer's error, if it has one.
     virtual void finishWriting(MediaTime end, Executor& answer, Completion<void> done) = 0;
-    /// Gives the recording up and removes its file.
+    /// Gives the recording up and removes its file; also after a finish that failed.
     virtual void cancelWriting() = 0;
     /// What made the writer fail, once it has.
     virtual std::optional<Error> error() const = 0;

@@ -78,6 +78,8 @@ Result<void> remuxIntoOrdinaryMovie(const std::string& source, const std::string
         track->avg_frame_rate = stream.avg_frame_rate;
         av_dict_copy(&track->metadata, stream.metadata, 0);
     }
+    if (const std::string rate = input->tag(frameRateTag); !rate.empty())
+        muxer->setTag(frameRateTag, rate);
     TRY(muxer->begin());
 
     PacketCopier copier(*input, *muxer);

@@ -39,6 +39,7 @@ Result<void> TakeWriter::addVideo(const VideoTrackSettings& settings) {
     TRY_LET(m_video.encoder, H264Encoder::open(encoderSettings(settings)));
     TRY_LET(const AVStream* const track, m_video.encoder->addTrackTo(m_file->muxer()));
     m_video.index = track->index;
+    m_file->muxer().setTag(frameRateTag, std::to_string(settings.expectedFrameRate));
     m_video.converted = PixelBuffer::allocate(PixelFormat::i420, settings.width, settings.height);
     return {};
 }

@@ -50,6 +50,7 @@ void StreamRecordingSession::handleFrame(ScreenFrame frame) {
         return;
     if (!m_parts.videoInput->isReadyForMoreMediaData()) {
         ++m_droppedFrameCount;
+        finishIfWriterFailed();
         return;
     }
     if (!frame.pixels)
@@ -58,7 +59,7 @@ void StreamRecordingSession::handleFrame(ScreenFrame frame) {
     const MediaTime time = stamp(frame.time);
     if (!m_parts.videoInput->append(croppedFrame(frame.pixels), time)) {
         ++m_droppedFrameCount;
-        failWithWriterError();
+        finishIfWriterFailed();
         return;
     }
     m_lastOutputVideoPTS = time;
@@ -113,7 +114,7 @@ PixelBuffer StreamRecordingSession::fittedToOutput(const PixelBuffer& picture, P
     return frame;
 }
 
-void StreamRecordingSession::failWithWriterError() {
+void StreamRecordingSession::finishIfWriterFailed() {
     // Without an error the encoder was only behind, and the frame is lost.
     if (const auto error = m_parts.writer->error())
         requestFinish(error, m_lastOutputVideoPTS);
@@ -136,8 +137,11 @@ void StreamRecordingSession::finish(const std::optional<Error>& error, MediaTime
         complete(fail(error.value_or(makeError(ScreenRecorderError::couldNotPrepareStream))));
         return;
     }
-    m_parts.writer->finishWriting(end, *m_parts.mainQueue,
-                                  [self = shared_from_this()](Result<void> result) { self->m_parts.onFinish(result); });
+    m_parts.writer->finishWriting(end, *m_parts.queue, [self = shared_from_this()](Result<void> result) {
+        if (!result)
+            self->m_parts.writer->cancelWriting();
+        self->complete(std::move(result));
+    });
 }
 
 void StreamRecordingSession::complete(Result<void> result) {

@@ -61,7 +61,7 @@ private:
     void requestFinish(std::optional<Error> error, MediaTime end);
     void finish(const std::optional<Error>& error, MediaTime end);
     void complete(Result<void> result);
-    void failWithWriterError();
+    void finishIfWriterFailed();
 
     Parts m_parts;
     PixelBufferPool m_pool;

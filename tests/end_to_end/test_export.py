@@ -37,7 +37,7 @@ class ExportTest(TestCase):
         kinds = boxes(output)
         self.assertLess(kinds.index("moov"), kinds.index("mdat"), "the index stands at the head")
         times = stamps(output)
-        rate = round(eval(probe(self.recording)[1]["avg_frame_rate"]))
+        rate = 60  # the recording's own, though the scene moved at 10
         self.assertEqual(len(times), math.ceil(float(probe(self.recording)[0]["duration"]) * rate - 1e-6))
         for index, moment in enumerate(times):
             self.assertAlmostEqual(moment, index / rate, places=4)
