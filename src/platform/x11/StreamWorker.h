@@ -47,6 +47,7 @@ private:
     void wait();
     void readEvents();
     void pollPointer();
+    void recheck();
     Result<void> capture();
     Result<bool> paint(const PooledFrame& frame);
     void drawPointer(PixelBuffer& pixels);
@@ -78,6 +79,7 @@ private:
     std::unique_ptr<ScaledPaint> m_scaled;
     CapturePacer m_pacer;
     CapturePacer::TimePoint m_nextPoll;
+    CapturePacer::TimePoint m_nextRecheck;
     std::optional<QPoint> m_drawnPointer;
     MediaTime m_lastStamp;
 
