@@ -129,10 +129,12 @@ TEST_P(DesktopAgreement, onARectangleAndItsPixels) {
         ++showing;
         const PixelRect place = desk.inScreen(frame, screen);
         const auto stream = desk.run(desk.display(screen));
-        ASSERT_TRUE(stream->waitForCount(1));
-        const PixelBuffer picture = stream->last().pixels;
-        EXPECT_TRUE(showsScene(picture, place.x + border[0], place.y + border[2]));
-        EXPECT_TRUE(isOpaque(picture));
+        EXPECT_TRUE(
+            stream->waitFor([&, left = place.x + border[0], top = place.y + border[2]](const ScreenFrame& shown) {
+                return bool(showsScene(shown.pixels, left, top));
+            }));
+        EXPECT_TRUE(isOpaque(stream->last().pixels));
+        EXPECT_TRUE(desk.hands.isComposited() || stream->count() == 1) << "the first frame is whole";
     }
     EXPECT_EQ(showing, 1);
 
@@ -335,14 +337,9 @@ TEST(X11ScreenStream, keepsTheBackgroundUnderOwnWindows) {
     xcb_clear_area(x.raw(), 0, x.root(), 0, 0, 0, 0);
     x.roundTrip();
     const Screen screen = desk.platform.screens->screens().front();
-    const bool isComposited = [&] {
-        const auto owner =
-            x.reply(xcb_get_selection_owner_reply, xcb_get_selection_owner(x.raw(), x.atoms().compositingManager));
-        return owner->owner != XCB_WINDOW_NONE;
-    }();
     const xcb_window_t own = desk.hands.makeOwnWindow({600, 300, 300, 300}, magenta, false);
     desk.hands.mapWindow(own);
-    if (!isComposited) {
+    if (!desk.hands.isComposited()) {
         const auto stream = desk.run(desk.display(screen));
         ASSERT_TRUE(stream->waitForCount(1));
         EXPECT_EQ(colourAt(stream->last().pixels, 700, 400), colour) << "borrowed from the root";
@@ -397,7 +394,7 @@ TEST(X11ScreenStream, drawsTheCursorWhereItPoints) {
     EXPECT_TRUE(window->waitFor([&](const ScreenFrame& frame) { return !hasCursorAt(frame.pixels, 40, 100); }))
         << "it left the window";
     EXPECT_TRUE(isOpaque(display->last().pixels));
-    EXPECT_EQ(without->count(), 1u) << "the pointer is no news to who does not show it";
+    EXPECT_TRUE(desk.hands.isComposited() || without->count() == 1) << "the pointer is no news to who does not show it";
 }
 
 TEST(X11ScreenStream, deliversOnlyWhatChanges) {
@@ -409,13 +406,13 @@ TEST(X11ScreenStream, deliversOnlyWhatChanges) {
     // Another monitor's changes are no news, and a slow source brings no more frames than it has pictures.
     const SceneProcess scene(sceneAt(1000, 100, {"--rate", "10"}));
     const auto moving = desk.run(desk.display(screens[1]));
-    ASSERT_TRUE(moving->waitForCount(1));
+    ASSERT_TRUE(moving->waitFor([](const ScreenFrame& frame) { return bool(showsScene(frame.pixels, 40, 100)); }));
     const std::uint32_t first = *readNumber(moving->last().pixels, scene::frameNumber, 40, 100);
     ASSERT_TRUE(moving->waitFor(
         [&](const ScreenFrame& frame) { return readNumber(frame.pixels, scene::frameNumber, 40, 100) >= first + 10; }));
     const std::uint32_t last = *readNumber(moving->last().pixels, scene::frameNumber, 40, 100);
     EXPECT_LE(moving->count(), last - first + 1 + 2);
-    EXPECT_EQ(still->count(), 1u);
+    EXPECT_TRUE(desk.hands.isComposited() || still->count() == 1);
 }
 
 TEST(X11ScreenStream, keepsToItsRateAndItsClock) {

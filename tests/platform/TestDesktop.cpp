@@ -26,6 +26,12 @@ bool TestDesktop::hasWindowManager() const {
     return !readNumbers(x(), askProperty(x(), x().root(), x().atoms().supportingWindowManager)).empty();
 }
 
+bool TestDesktop::isComposited() const {
+    const auto owner =
+        x().reply(xcb_get_selection_owner_reply, xcb_get_selection_owner(x().raw(), x().atoms().compositingManager));
+    return owner->owner != XCB_WINDOW_NONE;
+}
+
 xcb_atom_t TestDesktop::atom(const char* name) const {
     return x()
         .reply(xcb_intern_atom_reply, xcb_intern_atom(x().raw(), 0, std::uint16_t(std::strlen(name)), name))

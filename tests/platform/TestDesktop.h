@@ -32,6 +32,8 @@ public:
 
     const X11Connection& x() const { return *m_connection; }
     bool hasWindowManager() const;
+    /// Whether somebody else paints what is on the screen, later than the windows change.
+    bool isComposited() const;
     /// Divides the screen; the first is the primary one. None: the server's own single one.
     void setMonitors(const std::vector<Monitor>& monitors);
     void removeMonitor(const std::string& name);

@@ -130,8 +130,6 @@ Result<void> StreamWorker::loop() {
         readEvents();
         pollPointer();
         recheck();
-        // Waiting for replies may have brought events that the socket will not announce again.
-        readEvents();
         if (m_connection->isBroken())
             return fail(x11Error(X11ErrorCode::connectionLost, "The X display went away."));
         if (m_pacer.isPending() && *m_pacer.due() <= Clock::now() && m_pool->hasFree())
@@ -144,6 +142,10 @@ Result<void> StreamWorker::loop() {
 
 /// Until something happens, the pointer is looked at again, or a picture is due.
 void StreamWorker::wait() {
+    // Waiting for replies, and even sending, may have brought events that the socket will not announce again.
+    xcb_flush(m_connection->raw());
+    if (readEvents())
+        return;
     Clock::time_point deadline = m_nextRecheck;
     if (m_configuration.showsCursor)
         deadline = std::min(deadline, m_nextPoll);
@@ -154,14 +156,15 @@ void StreamWorker::wait() {
     const timespec timeout{std::time_t(seconds.count()), long((left - seconds).count())};
     std::array<pollfd, 2> sources{
         {{xcb_get_file_descriptor(m_connection->raw()), POLLIN, 0}, {m_wakeUp->descriptor(), POLLIN, 0}}};
-    xcb_flush(m_connection->raw());
     ppoll(sources.data(), sources.size(), &timeout, nullptr);
     if (sources[1].revents != 0)
         m_wakeUp->clear();
 }
 
-void StreamWorker::readEvents() {
+bool StreamWorker::readEvents() {
+    bool isAny = false;
     while (const XcbPtr<xcb_generic_event_t> event{xcb_poll_for_event(m_connection->raw())}) {
+        isAny = true;
         // Errors of requests that nobody waited for: a window went while we asked about it.
         if (event->response_type == 0)
             continue;
@@ -169,6 +172,7 @@ void StreamWorker::readEvents() {
         if (m_picture->handle(*event) || isNewShape)
             m_pacer.changed(Clock::now());
     }
+    return isAny;
 }
 
 std::optional<QPoint> StreamWorker::pointerInside() const {

@@ -45,7 +45,8 @@ private:
     Result<void> open();
     Result<void> loop();
     void wait();
-    void readEvents();
+    /// Answers whether there were any.
+    bool readEvents();
     void pollPointer();
     void recheck();
     Result<void> capture();
