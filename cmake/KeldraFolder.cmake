@@ -44,9 +44,10 @@ function(keldra_uses_qt target)
   target_precompile_headers(${target} REUSE_FROM keldra_qt_headers)
 endfunction()
 
-# keldra_test(NAME [QT] SOURCES... LINKS...): one test program per folder, run by ctest.
+# keldra_test(NAME [QT] [DESKTOP] LINKS...): one test program per folder, run by ctest. DESKTOP runs it on a desktop of
+# its own.
 function(keldra_test name)
-  cmake_parse_arguments(TEST "QT" "" "LINKS" ${ARGN})
+  cmake_parse_arguments(TEST "QT;DESKTOP" "" "LINKS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${name}/*.cpp)
   set(target test_${name})
   add_executable(${target} ${sources})
@@ -57,5 +58,9 @@ function(keldra_test name)
   else()
     target_link_libraries(${target} PRIVATE GTest::gtest_main)
   endif()
-  add_test(NAME ${name} COMMAND ${target})
+  if(TEST_DESKTOP)
+    add_test(NAME ${name} COMMAND ${CMAKE_SOURCE_DIR}/tests/with-desktop $<TARGET_FILE:${target}>)
+  else()
+    add_test(NAME ${name} COMMAND ${target})
+  endif()
 endfunction()

@@ -67,6 +67,7 @@ class BadMovieTest(TestCase):
         (bad / "empty.mov").touch()
         (bad / "text.mov").write_text("not a movie")
         (bad / "broken.json").write_text('{"id": 1}')
+        (bad / "style.json").write_text('{"videoFit": "stretch"}')
         (bad / "cut.mov").write_bytes(good.read_bytes()[:3000])
         output = self.folder / "out.mp4"
         output.write_text("old")
@@ -89,7 +90,7 @@ class BadMovieTest(TestCase):
                 (["export", good, "--output", self.folder / "none" / "o.mp4", "--quiet"], 1, "o.mp4"),
                 (["export", good, "--output", good, "--quiet"], 1, "input"),
                 (["export", good, "--quiet"], 2, "--output"),
-                (["export", good, "--output", output, "--canvas", bad / "broken.json", "--quiet"], 1, "broken.json")):
+                (["export", good, "--output", output, "--canvas", bad / "style.json", "--quiet"], 1, "videoFit")):
             with self.subTest(arguments=arguments):
                 said = run(*arguments)
                 self.assertEqual((said[0], said[1]), (status, ""), said[2])

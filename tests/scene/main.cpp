@@ -158,6 +158,8 @@ void play(xcb_connection_t* connection, SceneWindow& window, const Options& opti
             std::fflush(stdout);
     };
     while (!window.isClosed() && xcb_connection_has_error(connection) == 0) {
+        // Sending may bring events in, which the socket will not announce again.
+        xcb_flush(connection);
         const bool isDirty = window.handleEvents();
         const std::int64_t now = nowNanoseconds();
         if (now >= end)
@@ -175,7 +177,6 @@ void play(xcb_connection_t* connection, SceneWindow& window, const Options& opti
         const std::int64_t wake = std::min(end, options.isStill || !window.isOnScreen() ? INT64_MAX : due);
         const timespec timeout{(wake - now) / 1'000'000'000, (wake - now) % 1'000'000'000};
         pollfd source{xcb_get_file_descriptor(connection), POLLIN, 0};
-        xcb_flush(connection);
         ppoll(&source, 1, wake == INT64_MAX ? nullptr : &timeout, nullptr);
     }
 }

@@ -108,23 +108,34 @@ Result<void> DisplayPicture::update() {
     return {};
 }
 
+/// Servers announce outputs that come and go, but not monitors that a user made of parts of them.
+bool DisplayPicture::recheck() {
+    m_isMonitorStale |= monitorRect() != m_area;
+    return m_isMonitorStale;
+}
+
+std::optional<PixelRect> DisplayPicture::monitorRect() const {
+    for (const X11Monitor& monitor : readMonitors(m_connection))
+        if (m_numbers.numberOf(monitor.name) == m_displayID)
+            return monitor.rect;
+    return std::nullopt;
+}
+
 Result<void> DisplayPicture::findMonitor() {
     const X11Connection& x = m_connection;
     m_isMonitorStale = false;
     m_isPlanStale = true;
     const auto root = x.reply(xcb_get_geometry_reply, xcb_get_geometry(x.raw(), x.root()));
-    const std::vector<X11Monitor> monitors = readMonitors(x);
-    if (!root || monitors.empty())
+    const std::optional<PixelRect> rect = monitorRect();
+    if (!root)
         return fail(x11Error(X11ErrorCode::connectionLost, "The X display went away."));
+    if (!rect)
+        return fail(m_area.isEmpty()
+                        ? x11Error(X11ErrorCode::unknownDisplay, "That display is not connected.")
+                        : x11Error(X11ErrorCode::displayDisconnected, "The recorded display was disconnected."));
     m_root = QRect(0, 0, root->width, root->height);
-    for (const X11Monitor& monitor : monitors)
-        if (m_numbers.numberOf(monitor.name) == m_displayID) {
-            m_area = monitor.rect;
-            return {};
-        }
-    return fail(m_area.isEmpty()
-                    ? x11Error(X11ErrorCode::unknownDisplay, "That display is not connected.")
-                    : x11Error(X11ErrorCode::displayDisconnected, "The recorded display was disconnected."));
+    m_area = *rect;
+    return {};
 }
 
 /// Whether we have a window at all, or one on the screen within the area.

@@ -21,6 +21,7 @@ public:
     ~DisplayPicture() override;
 
     bool handle(const xcb_generic_event_t& event) override;
+    bool recheck() override;
     Result<void> update() override;
     PixelRect area() const override { return m_area; }
     void paint(xcb_render_picture_t picture) override;
@@ -28,6 +29,7 @@ public:
     std::optional<std::chrono::steady_clock::time_point> readyAt() const override { return m_readyAt; }
 
 private:
+    std::optional<PixelRect> monitorRect() const;
     Result<void> findMonitor();
     bool hasOwn(bool onScreen) const;
     bool isOwnCreated(const xcb_generic_event_t& event) const;

@@ -16,6 +16,8 @@ public:
     virtual ~SourcePicture() = default;
     /// Takes in one event; answers whether the picture may look different now.
     virtual bool handle(const xcb_generic_event_t& event) = 0;
+    /// Looks for what no event tells of; now and then. Answers as handle().
+    virtual bool recheck() { return false; }
     /// Catches up with what events told. Errors: the source is gone for good.
     virtual Result<void> update() = 0;
     /// What is shown now, root pixels; empty while there is nothing to see.

@@ -18,6 +18,7 @@ using Clock = std::chrono::steady_clock;
 constexpr int maximumTries = 4;
 
 constexpr Duration shortestInterval = std::chrono::milliseconds(1);
+constexpr std::chrono::seconds recheckInterval{1};
 
 template <typename... Cases>
 struct Overloaded : Cases... {
@@ -123,12 +124,12 @@ Result<void> StreamWorker::open() {
 
 Result<void> StreamWorker::loop() {
     m_nextPoll = Clock::now();
+    m_nextRecheck = Clock::now() + recheckInterval;
     m_pacer.changed(std::max(Clock::now(), m_picture->readyAt().value_or(Clock::now())));
     while (!m_isStopping) {
         readEvents();
         pollPointer();
-        // Waiting for the pointer's reply may have brought events that the socket will not announce again.
-        readEvents();
+        recheck();
         if (m_connection->isBroken())
             return fail(x11Error(X11ErrorCode::connectionLost, "The X display went away."));
         if (m_pacer.isPending() && *m_pacer.due() <= Clock::now() && m_pool->hasFree())
@@ -141,28 +142,29 @@ Result<void> StreamWorker::loop() {
 
 /// Until something happens, the pointer is looked at again, or a picture is due.
 void StreamWorker::wait() {
-    std::optional<Clock::time_point> deadline;
+    // Waiting for replies, and even sending, may have brought events that the socket will not announce again.
+    xcb_flush(m_connection->raw());
+    if (readEvents())
+        return;
+    Clock::time_point deadline = m_nextRecheck;
     if (m_configuration.showsCursor)
-        deadline = m_nextPoll;
+        deadline = std::min(deadline, m_nextPoll);
     if (m_pacer.isPending() && m_pool->hasFree())
-        deadline = deadline ? std::min(*deadline, *m_pacer.due()) : *m_pacer.due();
-
-    timespec timeout{};
-    if (deadline) {
-        const auto left = std::max<Duration>(*deadline - Clock::now(), Duration::zero());
-        const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
-        timeout = {std::time_t(seconds.count()), long((left - seconds).count())};
-    }
+        deadline = std::min(deadline, *m_pacer.due());
+    const Duration left = std::max<Duration>(deadline - Clock::now(), Duration::zero());
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(left);
+    const timespec timeout{std::time_t(seconds.count()), long((left - seconds).count())};
     std::array<pollfd, 2> sources{
         {{xcb_get_file_descriptor(m_connection->raw()), POLLIN, 0}, {m_wakeUp->descriptor(), POLLIN, 0}}};
-    xcb_flush(m_connection->raw());
-    ppoll(sources.data(), sources.size(), deadline ? &timeout : nullptr, nullptr);
+    ppoll(sources.data(), sources.size(), &timeout, nullptr);
     if (sources[1].revents != 0)
         m_wakeUp->clear();
 }
 
-void StreamWorker::readEvents() {
+bool StreamWorker::readEvents() {
+    bool isAny = false;
     while (const XcbPtr<xcb_generic_event_t> event{xcb_poll_for_event(m_connection->raw())}) {
+        isAny = true;
         // Errors of requests that nobody waited for: a window went while we asked about it.
         if (event->response_type == 0)
             continue;
@@ -170,6 +172,7 @@ void StreamWorker::readEvents() {
         if (m_picture->handle(*event) || isNewShape)
             m_pacer.changed(Clock::now());
     }
+    return isAny;
 }
 
 std::optional<QPoint> StreamWorker::pointerInside() const {
@@ -187,6 +190,15 @@ void StreamWorker::pollPointer() {
     const Duration interval = std::max(m_configuration.minimumFrameInterval, shortestInterval);
     m_nextPoll += (now - m_nextPoll) / interval * interval + interval;
     if (pointerInside() != m_drawnPointer)
+        m_pacer.changed(now);
+}
+
+void StreamWorker::recheck() {
+    const auto now = Clock::now();
+    if (now < m_nextRecheck)
+        return;
+    m_nextRecheck = now + recheckInterval;
+    if (m_picture->recheck())
         m_pacer.changed(now);
 }
 

@@ -45,8 +45,10 @@ private:
     Result<void> open();
     Result<void> loop();
     void wait();
-    void readEvents();
+    /// Answers whether there were any.
+    bool readEvents();
     void pollPointer();
+    void recheck();
     Result<void> capture();
     Result<bool> paint(const PooledFrame& frame);
     void drawPointer(PixelBuffer& pixels);
@@ -78,6 +80,7 @@ private:
     std::unique_ptr<ScaledPaint> m_scaled;
     CapturePacer m_pacer;
     CapturePacer::TimePoint m_nextPoll;
+    CapturePacer::TimePoint m_nextRecheck;
     std::optional<QPoint> m_drawnPointer;
     MediaTime m_lastStamp;
 

@@ -1,0 +1,66 @@
+#pragma once
+
+#include "base/Executor.h"
+
+#include <cassert>
+#include <chrono>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+namespace keldra {
+
+/// A main thread in a test: what is posted runs while the test's own thread waits in pumpUntil().
+class PumpedExecutor final : public Executor {
+public:
+    static constexpr std::chrono::seconds patience{10};
+
+    void post(Work work) override {
+        const std::lock_guard guard(m_lock);
+        m_waiting.push_back(std::move(work));
+        m_arrived.notify_one();
+    }
+    bool tryPost(Work work) override {
+        post(std::move(work));
+        return true;
+    }
+    void sync(const Work& work) override {
+        assert(isCurrent());
+        work();
+    }
+    Timer every(Duration, Work) override {
+        assert(!"no repeats here");
+        return {};
+    }
+    bool isCurrent() const override { return std::this_thread::get_id() == m_thread; }
+
+    /// Runs what is posted until the predicate holds; false when that takes too long.
+    template <typename Predicate>
+    [[nodiscard]] bool pumpUntil(Predicate predicate) {
+        const auto deadline = std::chrono::steady_clock::now() + patience;
+        std::unique_lock guard(m_lock);
+        while (true) {
+            guard.unlock();
+            const bool isDone = predicate();
+            guard.lock();
+            if (isDone)
+                return true;
+            if (!m_arrived.wait_until(guard, deadline, [this] { return !m_waiting.empty(); }))
+                return false;
+            const Work work = std::move(m_waiting.front());
+            m_waiting.pop_front();
+            guard.unlock();
+            work();
+            guard.lock();
+        }
+    }
+
+private:
+    const std::thread::id m_thread = std::this_thread::get_id();
+    std::mutex m_lock;
+    std::condition_variable m_arrived;
+    std::deque<Work> m_waiting;
+};
+
+} // namespace keldra
