@@ -166,7 +166,7 @@ TEST(RoundedCornerMask, CutsTheCornersOnly) {
     for (int y = 0; y < 100; ++y)
         for (int x = 0; x < 100; ++x)
             area += circle->valueAt(x, y) / 255.0;
-    EXPECT_NEAR(area, std::acos(-1.0) * 2500, 8);
+    EXPECT_NEAR(area, std::acos(-1.0) * 2500, 12);
 }
 
 TEST(RoundedCornerMask, LiesAtTheLowerLeftCornerWithoutScaling) {
