@@ -132,6 +132,7 @@ QCoro::Task<Result<void>> EditorExporter::exportProject(EditorProject project, Q
     });
     polling.cancel();
     const Result<void> result = outcome(run->job->status(), answer);
+    run->job.reset();
     if (result)
         run->report(1);
     co_return result;

@@ -19,11 +19,6 @@ void blendShadowRow(const ClipShape& shape, int y, std::uint8_t* row) {
         blendColorCovered(row + bounds.x * bytesPerPixel, shape.shadowColor, shape.shadow.row(y), bounds.width);
 }
 
-bool coversRow(const ClipShape& shape, int y) {
-    const PixelRect& bounds = shape.coverage.bounds();
-    return y >= bounds.y && y < bounds.bottom();
-}
-
 } // namespace
 
 void FrameComposer::compose(const EditorCompositorInstruction& instruction, double seconds,
@@ -106,27 +101,38 @@ void FrameComposer::prepareUnderlay(const CanvasBackground& background, const QS
     }
 }
 
+FrameComposer::LayerRow FrameComposer::rowOf(Drawn& layer, int y) {
+    const Coverage& coverage = layer.shape->coverage;
+    const PixelRect& bounds = coverage.bounds();
+    if (y < bounds.y || y >= bounds.bottom())
+        return {};
+    const std::uint8_t* pixels = layer.rows.row(y);
+    const auto [begin, end] = coverage.fullRun(y);
+    if (layer.opacity < 255 || !isOpaque(pixels + begin * bytesPerPixel, end - begin))
+        return {pixels, 0, 0};
+    return {pixels, bounds.x + begin, bounds.x + end};
+}
+
 void FrameComposer::drawRow(int y, PixelBuffer& target) {
     std::uint8_t* row = target.mutableRow(0, y);
-    layDownUnderlay(y, row, target.width());
+    const std::uint8_t* under = m_underlay.pixels.row(0, y);
+    const LayerRow lowest = m_layerCount > 0 ? rowOf(m_layers[0], y) : LayerRow{};
+    const std::ptrdiff_t hiddenEnd = lowest.hiddenEnd * bytesPerPixel;
+    std::memcpy(row, under, std::size_t(lowest.hiddenBegin * bytesPerPixel));
+    std::memcpy(row + hiddenEnd, under + hiddenEnd, std::size_t(target.width() * bytesPerPixel - hiddenEnd));
     for (std::size_t at = 0; at < m_layerCount; ++at) {
         if (at > 0)
             blendShadowRow(*m_layers[at].shape, y, row);
-        drawLayerRow(m_layers[at], y, row);
+        drawLayerRow(m_layers[at], at == 0 ? lowest : rowOf(m_layers[at], y), y, row);
     }
 }
 
-void FrameComposer::layDownUnderlay(int y, std::uint8_t* row, int width) {
-    const std::uint8_t* under = m_underlay.pixels.row(0, y);
-    std::memcpy(row, under, std::size_t(width * bytesPerPixel));
-}
-
-void FrameComposer::drawLayerRow(Drawn& layer, int y, std::uint8_t* row) {
-    if (!coversRow(*layer.shape, y))
+void FrameComposer::drawLayerRow(const Drawn& layer, const LayerRow& layerRow, int y, std::uint8_t* row) {
+    const std::uint8_t* pixels = layerRow.pixels;
+    if (!pixels)
         return;
     const Coverage& coverage = layer.shape->coverage;
     const PixelRect& bounds = coverage.bounds();
-    const std::uint8_t* pixels = layer.rows.row(y);
     const std::uint8_t* covered = coverage.row(y);
     std::uint8_t* target = row + bounds.x * bytesPerPixel;
     if (layer.opacity < 255) {
@@ -139,7 +145,7 @@ void FrameComposer::drawLayerRow(Drawn& layer, int y, std::uint8_t* row) {
     const std::ptrdiff_t first = begin * bytesPerPixel;
     const std::ptrdiff_t last = end * bytesPerPixel;
     blendRowCovered(target, pixels, covered, begin);
-    if (isOpaque(pixels + first, end - begin))
+    if (layerRow.hiddenEnd > layerRow.hiddenBegin)
         std::memcpy(target + first, pixels + first, std::size_t(last - first));
     else
         blendRow(target + first, pixels + first, end - begin);

@@ -46,9 +46,17 @@ private:
     void prepareLayer(const EditorCompositorInstruction& instruction, const EditorCompositorInstruction::Layer& layer,
                       double seconds, const PixelBuffer& source, const QSize& canvas);
     void prepareUnderlay(const CanvasBackground& background, const QSize& canvas);
+    /// One row of a layer's picture.
+    struct LayerRow {
+        /// From the layer's left bound on; null where the layer has no pixel.
+        const std::uint8_t* pixels = nullptr;
+        /// The columns of the canvas of which nothing below is seen.
+        int hiddenBegin = 0;
+        int hiddenEnd = 0;
+    };
+    static LayerRow rowOf(Drawn& layer, int y);
     void drawRow(int y, PixelBuffer& target);
-    void layDownUnderlay(int y, std::uint8_t* row, int width);
-    void drawLayerRow(Drawn& layer, int y, std::uint8_t* row);
+    void drawLayerRow(const Drawn& layer, const LayerRow& layerRow, int y, std::uint8_t* row);
 
     ClipShapeCache m_shapes;
     Underlay m_underlay;

@@ -1,0 +1,246 @@
+#include "composition/EditorCompositionBuilder.h"
+
+#include "composition/EditorCompositorInstruction.h"
+#include "composition/ToldAssets.h"
+
+#include <cmath>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <limits>
+
+namespace keldra {
+namespace {
+
+using testing::audioTrack;
+using testing::finish;
+using testing::ManualMain;
+using testing::ToldAssets;
+using testing::videoTrack;
+
+QUuid id(int number) {
+    return QUuid(QString("00000000-0000-4000-8000-%1").arg(number, 12, 10, QChar('0')));
+}
+
+class BuilderTest : public ::testing::Test {
+protected:
+    BuilderTest() {
+        files.add("/a.mov", {audioTrack(0, 10), videoTrack(1, 0, 10)});
+        files.add("/b.mov", {videoTrack(0, 0, 10, {360, 640})});
+        files.add("/sound.wav", {audioTrack(0, 10)});
+        project.sourceURL = QUrl::fromLocalFile("/a.mov");
+        project.frameRate = 30;
+        project.canvasWidth = 640;
+        project.canvasHeight = 360;
+    }
+
+    EditorSegment& addClip(int number, double start, double duration, qint64 row = 0, double sourceStart = 0) {
+        EditorSegment clip;
+        clip.id = id(number);
+        clip.timelineStart = start;
+        clip.duration = duration;
+        clip.trackIndex = row;
+        clip.sourceStart = sourceStart;
+        project.segments.append(clip);
+        return project.segments.last();
+    }
+    Result<EditorCompositionOutput> build() {
+        return *finish(EditorCompositionBuilder(files.loader()).build(project), main);
+    }
+    static const EditorCompositorInstruction& instruction(const VideoComposition& video, std::size_t at) {
+        return dynamic_cast<const EditorCompositorInstruction&>(*video.instructions.at(at));
+    }
+    /// The instruction's tracks, top first.
+    static std::vector<int> layerTracks(const VideoComposition& video, std::size_t at) {
+        std::vector<int> tracks;
+        for (const auto& layer : instruction(video, at).layers)
+            tracks.push_back(layer.trackID);
+        EXPECT_EQ(video.instructions[at]->requiredSourceTrackIDs,
+                  std::vector<std::int32_t>(tracks.begin(), tracks.end()));
+        return tracks;
+    }
+
+    ManualMain main;
+    ToldAssets files{main};
+    EditorProject project;
+};
+
+TEST_F(BuilderTest, ClipsShareTracksAsFarAsTheyDoNotOverlap) {
+    addClip(1, 0, 2, 0);
+    addClip(2, 1, 2, 1);
+    addClip(3, 1.5, 1, 5);
+    addClip(4, 2, 1, 0);
+    addClip(5, 2.5, 1, 0);
+    const auto output = build().value();
+    const auto& ids = output.videoTrackIDsBySegment;
+    EXPECT_EQ(ids.size(), 5);
+    const std::vector<int> tracks{ids[id(1)], ids[id(2)], ids[id(3)], ids[id(4)], ids[id(5)]};
+    // The fourth touches the first and takes its track; the fifth takes the first that is free.
+    EXPECT_EQ(tracks, (std::vector<int>{1, 2, 3, 1, 3}));
+    EXPECT_EQ(output.composition->tracks().size(), 3u);
+    EXPECT_EQ(output.composition->duration(), MediaTime(7, 2));
+
+    const VideoComposition& video = *output.videoComposition;
+    EXPECT_EQ(layerTracks(video, 0), std::vector<int>{1});
+    EXPECT_EQ(layerTracks(video, 2), (std::vector<int>{3, 2, 1}));
+    EXPECT_EQ(video.instructions[2]->timeRange, (MediaTimeRange{MediaTime(3, 2), MediaTime(1, 2)}));
+    EXPECT_EQ(layerTracks(video, 3), (std::vector<int>{3, 2, 1}));
+    EXPECT_EQ(files.openCount["/a.mov"], 1);
+}
+
+TEST_F(BuilderTest, PiecesAreWhatTheMediaHolds) {
+    addClip(1, 1, 30, 0, 4);
+    addClip(2, 40, 1, 0, 2);
+    addClip(3, 5, 1, 1, 99);
+    const auto output = build().value();
+    EXPECT_EQ(output.videoTrackIDsBySegment.size(), 2) << "what lies beyond the media places nothing";
+    const auto& segments = output.composition->track(1)->segments();
+    ASSERT_EQ(segments.size(), 2u);
+    EXPECT_EQ(segments[0].source, (MediaTimeRange{MediaTime(4, 1), MediaTime(6, 1)}));
+    EXPECT_EQ(segments[0].target, MediaTime(1, 1));
+    EXPECT_EQ(segments[0].trackIndex, 1);
+    // The clip keeps its place on the timeline although its picture ends early.
+    const VideoComposition& video = *output.videoComposition;
+    ASSERT_EQ(video.instructions.size(), 4u);
+    EXPECT_TRUE(instruction(video, 0).layers.isEmpty());
+    EXPECT_EQ(video.instructions[1]->timeRange, (MediaTimeRange{MediaTime(1, 1), MediaTime(30, 1)}));
+    EXPECT_TRUE(instruction(video, 2).layers.isEmpty());
+}
+
+TEST_F(BuilderTest, ATrackThatStartsLateGivesWhatItHas) {
+    files.add("/late.mov", {videoTrack(0, 0.5, 3)});
+    addClip(1, 0, 2).sourceURL = QUrl::fromLocalFile("/late.mov");
+    const auto output = build().value();
+    const auto& segment = output.composition->track(1)->segments().at(0);
+    EXPECT_EQ(segment.source, (MediaTimeRange{MediaTime(1, 2), MediaTime(3, 2)}));
+    EXPECT_EQ(segment.target, MediaTime::zero());
+}
+
+TEST_F(BuilderTest, WhatPlacesNoPictureBuildsNoVideo) {
+    project.tracks = QList<EditorTrack>{{id(90), 0, EditorTrackKind::audio, false}};
+    addClip(1, 0, 5);
+    addClip(2, 0, 5, 1).sourceURL = QUrl::fromLocalFile("/sound.wav");
+    addClip(3, 0, 0, 1);
+    const auto output = build().value();
+    EXPECT_FALSE(output.videoComposition);
+    EXPECT_TRUE(output.videoTrackIDsBySegment.isEmpty());
+    project.segments.clear();
+    EXPECT_EQ(build().value().composition->duration(), MediaTime::zero());
+}
+
+TEST_F(BuilderTest, FilesThatFailEndTheBuildInTheirOwnWords) {
+    addClip(1, 0, 1);
+    addClip(2, 1, 1).sourceURL = QUrl::fromLocalFile("/gone.mov");
+    EXPECT_EQ(build().error().message, systemError(2, "/gone.mov").message);
+    project.segments.last().sourceURL = QUrl("https://example.org/a.mov");
+    EXPECT_FALSE(build());
+    EXPECT_EQ(files.openCount.size(), 2u) << "nothing is asked of the network";
+}
+
+TEST_F(BuilderTest, RatesAndSizes) {
+    addClip(1, 0, 1);
+    const double infinity = std::numeric_limits<double>::infinity();
+    for (const double rate : {0.0, -30.0, std::nan(""), infinity, 2147483648.0}) {
+        project.frameRate = rate;
+        files.openCount.clear();
+        EXPECT_EQ(build().error().message, "The editor canvas or frame rate is invalid.") << rate;
+        EXPECT_TRUE(files.openCount.empty());
+    }
+    const std::pair<double, int> rates[] = {{29.97, 30}, {0.4, 1}, {59.94, 60}, {30.5, 31}, {2147483647.0, 2147483647}};
+    for (const auto& [rate, timescale] : rates) {
+        project.frameRate = rate;
+        EXPECT_EQ(build().value().videoComposition->frameDuration, MediaTime(1, timescale)) << rate;
+    }
+    project.frameRate = 30;
+    project.canvasWidth = 9000;
+    project.canvasHeight = 3;
+    const auto output = build().value();
+    EXPECT_EQ(output.videoComposition->renderWidth, 7680);
+    EXPECT_EQ(output.videoComposition->renderHeight, 2);
+}
+
+TEST_F(BuilderTest, InstructionsCarryTheLook) {
+    project.canvas = freshCanvasStyle();
+    project.canvas->cornerRadiusFraction = 0.9;
+    project.zoomBlocks = QList<ZoomBlock>{{id(7), 4, 1, 2, {}, 0.2}, {id(8), 0.5, 0, 2, {}, 0}};
+    const double opacities[] = {0.25, 7, -1, std::nan("")};
+    const float expected[] = {0.25f, 1, 0, 0};
+    for (int at = 0; at < 4; ++at)
+        addClip(at + 1, at * 2, 2).opacity = opacities[at];
+    const VideoComposition video = *build().value().videoComposition;
+    ASSERT_EQ(video.instructions.size(), 4u);
+    for (std::size_t at = 0; at < 4; ++at) {
+        const EditorCompositorInstruction& made = instruction(video, at);
+        EXPECT_EQ(made.background, project.canvas->background);
+        EXPECT_EQ(made.shadow, CanvasShadow{});
+        EXPECT_EQ(made.cornerRadiusFraction, 0.5);
+        EXPECT_EQ(made.zoomBlocks.size(), 1);
+        EXPECT_EQ(made.layers.first().opacity, expected[at]) << at;
+        // A ramp that begins with the third clip touches the end of the second as well.
+        EXPECT_EQ(made.containsTweening, at == 1 || at == 2) << at;
+    }
+    EXPECT_NE(dynamic_cast<FrameCompositor*>(video.makeCompositor().get()), nullptr);
+
+    project.canvas.reset();
+    const VideoComposition plain = *build().value().videoComposition;
+    EXPECT_EQ(instruction(plain, 0).background, CanvasBackground(RGBAColor{0, 0, 0, 1}));
+    EXPECT_EQ(instruction(plain, 0).shadow, CanvasShadow{}) << "a style without a shadow casts the default one";
+    EXPECT_EQ(instruction(plain, 0).cornerRadiusFraction, 0);
+}
+
+TEST_F(BuilderTest, PicturesWithoutASizeAreHiddenAndKeepTheirPlace) {
+    files.add("/flat.mov", {videoTrack(0, 0, 10, {640, 0})});
+    addClip(1, 0, 1).sourceURL = QUrl::fromLocalFile("/flat.mov");
+    const auto output = build().value();
+    EXPECT_EQ(output.composition->duration(), MediaTime(1, 1));
+    EXPECT_EQ(instruction(*output.videoComposition, 0).layers.first().opacity, 0);
+}
+
+TEST_F(BuilderTest, ARefreshIsWhatABuildWouldGive) {
+    addClip(1, 0, 2, 0);
+    addClip(2, 1, 2, 1).sourceURL = QUrl::fromLocalFile("/b.mov");
+    const auto output = build().value();
+    project.canvas = freshCanvasStyle();
+    project.canvas->size = CanvasPreset::square1x1;
+    project.zoomBlocks = QList<ZoomBlock>{{id(7), 0, 3, 2, {}, 0.2}};
+    files.openCount.clear();
+    const EditorCompositionBuilder builder(files.loader());
+    const auto refreshed =
+        *finish(builder.refreshVideoComposition(project, output.composition, output.videoTrackIDsBySegment), main);
+    const VideoComposition rebuilt = *build().value().videoComposition;
+    ASSERT_TRUE(refreshed);
+    EXPECT_EQ(refreshed->renderWidth, 1080);
+    ASSERT_EQ(refreshed->instructions.size(), rebuilt.instructions.size());
+    for (std::size_t at = 0; at < rebuilt.instructions.size(); ++at) {
+        EXPECT_EQ(instruction(*refreshed, at).layers, instruction(rebuilt, at).layers);
+        EXPECT_EQ(instruction(*refreshed, at).timeRange, instruction(rebuilt, at).timeRange);
+        EXPECT_EQ(instruction(*refreshed, at).zoomBlocks, instruction(rebuilt, at).zoomBlocks);
+    }
+    // A clip whose track is not there is left out.
+    const auto without =
+        *finish(builder.refreshVideoComposition(project, output.composition, {{id(1), 1}, {id(2), 9}}), main);
+    EXPECT_EQ(layerTracks(*without, 0), std::vector<int>{1});
+    EXPECT_EQ(layerTracks(*without, 1), std::vector<int>{});
+}
+
+TEST_F(BuilderTest, TheBuilderMayGoWhileItsBuildWaits) {
+    addClip(1, 0, 1);
+    auto builder = std::make_unique<EditorCompositionBuilder>(files.loader());
+    QCoro::Task<Result<EditorCompositionOutput>> task = builder->build(project);
+    builder.reset();
+    EXPECT_TRUE(finish(std::move(task), main)->has_value());
+}
+
+TEST(SourceFacts, ComeFromTheFirstVideoTrack) {
+    const AssetPtr asset = Asset::withTracks(
+        "/a.mov", MediaTime(5, 2),
+        {audioTrack(0, 2), videoTrack(1, 0, 2, {640, 360}, {0, 1, -1, 0, 360, 0}), videoTrack(2, 0, 2, {20, 20})});
+    const SourceFacts facts = sourceFacts(*asset);
+    EXPECT_EQ(facts.durationSeconds, 2.5);
+    EXPECT_EQ(facts.video->nominalFrameRate, 30);
+    const EditorProject project = makeFreshProject(QUrl("file:///a.mov"), false, facts, QDateTime::currentDateTime());
+    EXPECT_EQ(QSizeF(project.canvasWidth, project.canvasHeight), QSizeF(360, 640));
+    EXPECT_FALSE(sourceFacts(*Asset::withTracks("/a.wav", MediaTime(1, 1), {audioTrack(0, 1)})).video);
+}
+
+} // namespace
+} // namespace keldra

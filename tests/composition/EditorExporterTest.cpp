@@ -1,0 +1,189 @@
+#include "composition/EditorExporter.h"
+
+#include "composition/ToldAssets.h"
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace keldra {
+namespace {
+
+using testing::ManualMain;
+using testing::ManualScheduler;
+using testing::ToldAssets;
+using testing::videoTrack;
+using Status = ExportSession::Status;
+
+/// What the test sees and sets of the job that the exporter made.
+struct JobState {
+    Status status = Status::unknown;
+    float progress = 0;
+    bool isCancelled = false;
+    bool isGone = false;
+    std::string path;
+    bool fileWasThere = false;
+    Completion<void> done;
+};
+
+class ScriptedJob final : public ExportJob {
+public:
+    explicit ScriptedJob(JobState& state) : m_state(state) {}
+    ~ScriptedJob() override { m_state.isGone = true; }
+
+    void start(const std::string& path, Executor&, Completion<void> done) override {
+        m_state.path = path;
+        m_state.fileWasThere = QFile::exists(QString::fromStdString(path));
+        m_state.status = Status::waiting;
+        m_state.done = std::move(done);
+    }
+    void cancel() override { m_state.isCancelled = true; }
+    Status status() const override { return m_state.status; }
+    float progress() const override { return m_state.progress; }
+
+private:
+    JobState& m_state;
+};
+
+class ExporterTest : public ::testing::Test {
+protected:
+    ExporterTest() {
+        files.add("/a.mov", {videoTrack(0, 0, 10)});
+        project.sourceURL = QUrl::fromLocalFile("/a.mov");
+        project.frameRate = 30;
+        project.segments.append(EditorSegment{});
+        project.segments.last().duration = 2;
+        path = folder.filePath("out ü.mp4");
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::WriteOnly));
+        exporter =
+            std::make_unique<EditorExporter>(EditorCompositionBuilder(files.loader()), main, scheduler,
+                                             [this](const EditorCompositionOutput&) -> std::unique_ptr<ExportJob> {
+                                                 return isAvailable ? std::make_unique<ScriptedJob>(job) : nullptr;
+                                             });
+    }
+
+    void begin() {
+        task = testing::keep(exporter->exportProject(project, path, [this](double value) { reports.push_back(value); }),
+                             answer);
+    }
+    /// Ends the job as its queue would, through main.
+    void end(Status status, Result<void> result) {
+        job.status = status;
+        main.post([this, result] { job.done(result); });
+        main.run();
+    }
+    std::string message() const { return answer && !*answer ? answer->error().message : "no failure"; }
+
+    QTemporaryDir folder;
+    QString path;
+    ManualMain main;
+    std::shared_ptr<ManualScheduler> scheduler = std::make_shared<ManualScheduler>();
+    ToldAssets files{main};
+    EditorProject project;
+    bool isAvailable = true;
+    JobState job;
+    std::unique_ptr<EditorExporter> exporter;
+    std::vector<double> reports;
+    std::optional<Result<void>> answer;
+    QCoro::Task<> task;
+};
+
+TEST_F(ExporterTest, ReportsWhileItRunsAndTheWholeOnceAtTheEnd) {
+    begin();
+    EXPECT_TRUE(QFile::exists(path)) << "nothing is touched while the project is built";
+    main.run();
+    EXPECT_EQ(job.path, QFile::encodeName(path).toStdString());
+    EXPECT_FALSE(job.fileWasThere);
+    EXPECT_EQ(scheduler->lastPeriod(), std::chrono::milliseconds(120));
+    EXPECT_EQ(reports, std::vector<double>{0});
+
+    job.status = Status::exporting;
+    job.progress = 0.25f;
+    scheduler->tick();
+    job.progress = 1;
+    scheduler->tick();
+    EXPECT_EQ(reports, (std::vector<double>{0, 0.25}));
+    end(Status::completed, {});
+    EXPECT_TRUE(answer && answer->has_value());
+    EXPECT_EQ(reports, (std::vector<double>{0, 0.25, 1}));
+    EXPECT_EQ(scheduler->tick(), 0) << "polling has ended";
+    EXPECT_TRUE(job.isGone);
+}
+
+TEST_F(ExporterTest, EndsWithTheWordsOfWhatWentWrong) {
+    struct Row {
+        Status status;
+        Result<void> result;
+        std::string message;
+        EditorExportError code;
+    };
+    const Row rows[] = {
+        {Status::failed, fail(systemError(28, "out.mp4")), "out.mp4: No space left on device",
+         EditorExportError::failed},
+        {Status::failed, fail(Error{}), "The MP4 export could not be completed.", EditorExportError::failed},
+        {Status::failed, {}, "The MP4 export could not be completed.", EditorExportError::failed},
+        {Status::cancelled, fail(Error{}), "Export cancelled.", EditorExportError::cancelled},
+    };
+    for (const Row& row : rows) {
+        answer.reset();
+        reports.clear();
+        begin();
+        main.run();
+        end(row.status, row.result);
+        EXPECT_EQ(message(), row.message);
+        EXPECT_EQ(answer->error(), makeError(row.code, row.message));
+        EXPECT_EQ(reports, std::vector<double>{0});
+    }
+}
+
+TEST_F(ExporterTest, ACancelReachesTheJob) {
+    exporter->cancel();
+    begin();
+    main.run();
+    exporter->cancel();
+    EXPECT_TRUE(job.isCancelled);
+    EXPECT_FALSE(answer);
+    end(Status::cancelled, fail(Error{}));
+    EXPECT_EQ(message(), "Export cancelled.");
+}
+
+TEST_F(ExporterTest, ACancelDuringTheBuildEndsTheExportAndKeepsTheOldFile) {
+    begin();
+    exporter->cancel();
+    main.run();
+    EXPECT_EQ(message(), "Export cancelled.");
+    EXPECT_TRUE(job.path.empty());
+    EXPECT_TRUE(QFile::exists(path));
+}
+
+TEST_F(ExporterTest, WhatCannotStartKeepsTheOldFile) {
+    isAvailable = false;
+    begin();
+    main.run();
+    EXPECT_EQ(message(), "KELDRA could not create an MP4 exporter for this recording.");
+    project.sourceURL = QUrl::fromLocalFile("/gone.mov");
+    begin();
+    main.run();
+    EXPECT_EQ(message(), systemError(2, "/gone.mov").message);
+    EXPECT_TRUE(QFile::exists(path));
+    EXPECT_TRUE(reports.empty());
+    EXPECT_EQ(exportSessionJobs()({std::make_shared<Composition>(), {}, {}}), nullptr) << "nothing to export";
+}
+
+TEST_F(ExporterTest, AnExporterThatGoesCancelsAndFallsSilent) {
+    begin();
+    main.run();
+    exporter.reset();
+    EXPECT_TRUE(job.isCancelled);
+    job.progress = 0.5f;
+    scheduler->tick();
+    end(Status::cancelled, fail(Error{}));
+    EXPECT_EQ(reports, std::vector<double>{0});
+    EXPECT_EQ(message(), "Export cancelled.");
+}
+
+} // namespace
+} // namespace keldra
