@@ -48,8 +48,8 @@ private:
     std::shared_ptr<Shared> m_shared = std::make_shared<Shared>();
 };
 
-/// The callable must capture by reference only: g++ 12 destroys the temporaries of an awaited expression twice, which is
-/// harmless for references and ruins anything that owns.
+/// The callable must capture by reference only: g++ 12 destroys the temporaries of an awaited expression twice, which
+/// is harmless for references and ruins anything that owns.
 ///
 /// auto asset = co_await awaitCompletion<AssetPtr>([&](auto done) { Asset::load(path, worker, main, done); });
 template <typename T, typename Start>

@@ -13,7 +13,8 @@ template <typename T>
 using Result = tl::expected<T, Error>;
 
 /// The answer of an operation that takes time. Runs exactly once, on the executor named by the operation, and never
-/// before the call that takes it has returned.
+/// before the call that takes it has returned. Whoever passes one from thread to thread moves it on and keeps no copy:
+/// it may hold the last handle on an object that belongs to the thread of the answer.
 template <typename T>
 using Completion = std::function<void(Result<T>)>;
 

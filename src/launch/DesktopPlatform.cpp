@@ -15,7 +15,8 @@ bool isWaylandSession() {
 
 Result<Platform> makeDesktopPlatform(std::shared_ptr<HostClock> clock, Executor& mainQueue) {
     if (isWaylandSession())
-        return fail(Error{"Platform", 1,
+        return fail(Error{"Platform",
+                          1,
                           "this is a Wayland session, which this version cannot record: log in to an X11 session, or "
                           "unset WAYLAND_DISPLAY and XDG_SESSION_TYPE to record an X server",
                           {}});

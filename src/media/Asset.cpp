@@ -88,8 +88,9 @@ Result<AssetPtr> Asset::open(const std::string& path) {
 }
 
 void Asset::load(const std::string& path, Executor& worker, Executor& answer, Completion<AssetPtr> done) {
-    worker.post(
-        [path, &answer, done = std::move(done)] { answer.post([done, result = Asset::open(path)] { done(result); }); });
+    worker.post([path, &answer, done = std::move(done)]() mutable {
+        answer.post([done = std::move(done), result = Asset::open(path)] { done(result); });
+    });
 }
 
 std::vector<AssetTrack> Asset::tracks(MediaKind kind) const {

@@ -50,12 +50,12 @@ public:
             if (Result<void> read = readFrames(); !read)
                 m_window->stop(std::move(read.error()));
         });
-        m_encoding.post([this, &answer, done = std::move(done)] {
+        m_encoding.post([this, &answer, done = std::move(done)]() mutable {
             m_session.m_status = Status::exporting;
             Result<void> result = encodeFrames();
             const bool wasCancelled = !result && result.error() == cancellation();
             m_session.m_status = result ? Status::completed : wasCancelled ? Status::cancelled : Status::failed;
-            answer.post([done, result] { done(result); });
+            answer.post([done = std::move(done), result] { done(result); });
         });
     }
 

@@ -135,9 +135,8 @@ void FileMovieWriter::finishWriting(MediaTime end, Executor& answer, Completion<
     // Handed on, not copied: the completion may hold our owner, whose last handle must not go on our own queue.
     m_queue->post([shared = m_shared, &answer, done = std::move(done)]() mutable {
         const std::optional<Error> error = shared->error();
-        answer.post([done = std::move(done), result = error ? Result<void>(fail(*error)) : Result<void>()] {
-            done(result);
-        });
+        answer.post(
+            [done = std::move(done), result = error ? Result<void>(fail(*error)) : Result<void>()] { done(result); });
     });
 }
 

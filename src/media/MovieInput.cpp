@@ -53,10 +53,10 @@ Result<void> checkWhole(AVFormatContext& context, const std::string& name) {
         const int count = stream->nb_frames > 0 ? avformat_index_get_entries_count(stream) : 0;
         const AVIndexEntry* last = count > 0 ? avformat_index_get_entry(stream, count - 1) : nullptr;
         if (last != nullptr && last->pos + last->size > size)
-            return fail(mediaError(MediaError::notAMovie,
-                                   name + " is cut off: it should have at least " +
-                                       std::to_string(last->pos + last->size) + " bytes and has " +
-                                       std::to_string(size) + "; copy it again"));
+            return fail(mediaError(MediaError::notAMovie, name + " is cut off: it should have at least " +
+                                                              std::to_string(last->pos + last->size) +
+                                                              " bytes and has " + std::to_string(size) +
+                                                              "; copy it again"));
     }
     return {};
 }

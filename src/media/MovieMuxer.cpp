@@ -2,7 +2,6 @@
 
 #include "media/MediaError.h"
 
-
 extern "C" {
 #include <libavutil/opt.h>
 }

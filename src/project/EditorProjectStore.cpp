@@ -138,15 +138,17 @@ Result<std::optional<EditorProject>> findRecoveredProject(const QUrl& sourceURL,
 EditorProjectStore::EditorProjectStore(QString recoveryDirectory) : m_recoveryDirectory(std::move(recoveryDirectory)) {}
 
 void EditorProjectStore::save(EditorProject project, Executor& answer, Completion<void> done) {
-    m_queue.post([project = std::move(project), directory = m_recoveryDirectory, &answer, done = std::move(done)] {
-        answer.post([done, result = saveProject(project, directory)] { done(result); });
-    });
+    m_queue.post(
+        [project = std::move(project), directory = m_recoveryDirectory, &answer, done = std::move(done)]() mutable {
+            answer.post([done = std::move(done), result = saveProject(project, directory)] { done(result); });
+        });
 }
 
 void EditorProjectStore::loadRecoveredProject(QUrl sourceURL, Executor& answer,
                                               Completion<std::optional<EditorProject>> done) {
-    m_queue.post([sourceURL = std::move(sourceURL), directory = m_recoveryDirectory, &answer, done = std::move(done)] {
-        answer.post([done, result = findRecoveredProject(sourceURL, directory)] { done(result); });
+    m_queue.post([sourceURL = std::move(sourceURL), directory = m_recoveryDirectory, &answer,
+                  done = std::move(done)]() mutable {
+        answer.post([done = std::move(done), result = findRecoveredProject(sourceURL, directory)] { done(result); });
     });
 }
 

@@ -72,7 +72,9 @@ bool StreamWorker::hasEnded() const {
 
 /// By way of the frames' queue, so that no frame comes later.
 void StreamWorker::answer(Completion<void> done) {
-    m_queue.post([&mainQueue = m_mainQueue, done = std::move(done)] { mainQueue.post([done] { done({}); }); });
+    m_queue.post([&mainQueue = m_mainQueue, done = std::move(done)]() mutable {
+        mainQueue.post([done = std::move(done)] { done({}); });
+    });
 }
 
 void StreamWorker::run(const Completion<void>& started) {
