@@ -140,6 +140,7 @@ struct Recording {
     }
     bool append(int number, MediaTime time) { return appendWhenReady(writer, *input, paintedPicture(number), time); }
 
+    SerialQueue answer{"test.answer"};
     FileMovieWriter writer;
     MovieWriterInput* input = nullptr;
 };
@@ -190,6 +191,7 @@ TEST(MovieWriter, RefusesSettingsThatCannotBeEncoded) {
 
 TEST(MovieWriter, TakesOnlyPicturesThatFitInRisingOrderWithinTheSession) {
     const TemporaryFolder folder;
+    SerialQueue answer("test.answer");
     FileMovieWriter writer(folder / "take.mov");
     auto added = writer.addVideoInput(smallTrack());
     ASSERT_TRUE(added);
@@ -207,7 +209,7 @@ TEST(MovieWriter, TakesOnlyPicturesThatFitInRisingOrderWithinTheSession) {
     EXPECT_TRUE(appendWhenReady(writer, input, paintedPicture(1), MediaTime(8, 1)));
     input.markAsFinished();
     EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(9, 1))) << "after the end";
-    ASSERT_TRUE(finishAndWait(writer, MediaTime(9, 1)));
+    ASSERT_TRUE(finishAndWait(writer, answer, MediaTime(9, 1)));
     EXPECT_EQ(picturesIn(folder / "take.mov"), (std::vector<ShownPicture>{{0, MediaTime(1, 1)}, {1, MediaTime(3, 1)}}));
 }
 
@@ -233,7 +235,7 @@ TEST(MovieWriter, HoldsTheSenderBackAndLosesNothingItTook) {
     EXPECT_EQ(refused, 20);
     EXPECT_FALSE(recording.writer.error());
     EXPECT_TRUE(appendWhenReady(recording.writer, *recording.input, noise, MediaTime(2, 1)));
-    ASSERT_TRUE(finishAndWait(recording.writer, MediaTime(3, 1)));
+    ASSERT_TRUE(finishAndWait(recording.writer, recording.answer, MediaTime(3, 1)));
     EXPECT_EQ(picturesIn(folder / "take.mov").size(), std::size_t(taken + 1));
 }
 
@@ -276,7 +278,7 @@ TEST(MovieWriter, KeepsWhatItHasWhenItIsDropped) {
 TEST(MovieWriter, FailsWithoutAPicture) {
     const TemporaryFolder folder;
     Recording recording(folder / "take.mov");
-    const auto finished = finishAndWait(recording.writer, MediaTime(1, 1));
+    const auto finished = finishAndWait(recording.writer, recording.answer, MediaTime(1, 1));
     ASSERT_FALSE(finished);
     EXPECT_EQ(finished.error().message, "Not one picture was recorded.");
     EXPECT_TRUE(folder.names().empty());
@@ -294,7 +296,7 @@ TEST(MovieWriter, KeepsWhatFitsOnAFullDisk) {
         ASSERT_TRUE(error);
         EXPECT_EQ(error->message, "take.mov: File too large");
         EXPECT_FALSE(recording.input->isReadyForMoreMediaData());
-        const auto finished = finishAndWait(recording.writer, MediaTime(appended, 60));
+        const auto finished = finishAndWait(recording.writer, recording.answer, MediaTime(appended, 60));
         ASSERT_FALSE(finished);
         EXPECT_EQ(finished.error(), *error);
     }
@@ -313,7 +315,7 @@ TEST(MovieWriter, StaysAGrowingFileWhereThereIsNoRoomForAnOrdinaryOne) {
     testing::internal::CaptureStdout();
     const auto finished = [&] {
         const DiskLimit full(6000);
-        return finishAndWait(recording.writer, MediaTime(1, 1));
+        return finishAndWait(recording.writer, recording.answer, MediaTime(1, 1));
     }();
     const std::string log = testing::internal::GetCapturedStdout();
     EXPECT_TRUE(finished) << finished.error().message;
