@@ -2,10 +2,13 @@
 #include "base/HostClock.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
 #include <random>
+#include <sstream>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -93,6 +96,46 @@ INSTANTIATE_TEST_SUITE_P(
                 MediaTime(3, 1) + MediaTime(130, 24), evenly(130, MediaTime::zero(), MediaTime(1, 24)),
                 MediaTime(130, 24)}),
     [](const auto& row) { return row.param.name; });
+
+/// What the ffprobe program says; one line a packet or stream.
+std::string probe(const std::string& arguments) {
+    std::FILE* pipe = ::popen(("ffprobe -v error -of csv=p=0 " + arguments).c_str(), "r");
+    std::string text;
+    std::array<char, 4096> part{};
+    while (pipe != nullptr && std::fgets(part.data(), int(part.size()), pipe) != nullptr)
+        text += part.data();
+    EXPECT_EQ(::pclose(pipe), 0);
+    return text;
+}
+
+TEST(MovieWriter, TellsOthersItsColoursAndPutsAKeyFrameIntoEverySecond) {
+    const TemporaryFolder folder;
+    std::vector<MediaTime> times = evenly(100, MediaTime::zero(), MediaTime(1, 30));
+    times.push_back(MediaTime(9, 2));
+    times.push_back(MediaTime(23, 5));
+    ASSERT_TRUE(recordTake(folder / "take.mov", MediaTime::zero(), times, MediaTime(6, 1)));
+    const std::string file = "'" + (folder / "take.mov") + "'";
+    EXPECT_EQ(probe("-show_entries stream=codec_name,color_range,color_space,color_transfer,color_primaries " + file),
+              "h264,tv,bt709,bt709,bt709\n");
+    // The same from the container alone: H.264's own words begin with its packets.
+    const std::vector<char> bytes = bytesOf(folder / "take.mov");
+    const std::string colr = {'c', 'o', 'l', 'r', 'n', 'c', 'l', 'c', 0, 1, 0, 1, 0, 1};
+    EXPECT_NE(std::search(bytes.begin(), bytes.end(), colr.begin(), colr.end()), bytes.end());
+
+    std::istringstream packets(probe("-show_entries packet=pts_time,flags " + file));
+    double lastKey = -10;
+    int keys = 0;
+    for (std::string line; std::getline(packets, line);) {
+        const double time = std::stod(line);
+        const bool isKey = line.find(",K") != std::string::npos;
+        EXPECT_TRUE(isKey || time - lastKey < 1) << line;
+        if (isKey) {
+            lastKey = time;
+            keys += 1;
+        }
+    }
+    EXPECT_EQ(keys, 5) << "at 0, 1, 2, 3 and 4.5 seconds";
+}
 
 /// What libavformat's other users see of a take that is still being written, or was left so.
 std::vector<int> numbersIn(const std::string& path) {
