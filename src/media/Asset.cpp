@@ -4,25 +4,25 @@
 #include "media/MovieInput.h"
 
 #include <algorithm>
-#include <cmath>
 
 extern "C" {
-#include <libavutil/display.h>
+#include <libavutil/common.h>
 }
 
 namespace keldra {
 namespace {
 
 MediaTimeRange timeRangeOf(MovieInput& input, const AVStream& stream) {
-    const std::int64_t start =
-        stream.start_time == AV_NOPTS_VALUE ? 0 : stream.start_time - input.originTicks(stream.index);
+    std::int64_t start = 0;
+    if (stream.start_time != AV_NOPTS_VALUE)
+        start = av_sat_sub64(stream.start_time, input.originTicks(stream.index));
     std::int64_t duration = stream.duration;
     if (duration == AV_NOPTS_VALUE && input.duration() != AV_NOPTS_VALUE)
         duration = av_rescale_q(input.duration(), AV_TIME_BASE_Q, stream.time_base);
     if (duration == AV_NOPTS_VALUE)
         duration = 0;
     // What lies before zero (a codec's run-in) is not on the file's line.
-    const std::int64_t end = std::max<std::int64_t>(0, start + duration);
+    const std::int64_t end = std::max<std::int64_t>(0, av_sat_add64(start, duration));
     const std::int64_t shownStart = std::max<std::int64_t>(0, start);
     return {timeOf(shownStart, stream.time_base),
             timeOf(std::max<std::int64_t>(0, end - shownStart), stream.time_base)};
@@ -51,11 +51,9 @@ AssetTrack describe(MovieInput& input, AVStream& stream) {
         return track;
     }
     track.kind = MediaKind::video;
-    const AVRational aspect = stream.sample_aspect_ratio.num > 0       ? stream.sample_aspect_ratio
-                              : parameters.sample_aspect_ratio.num > 0 ? parameters.sample_aspect_ratio
-                                                                       : AVRational{1, 1};
-    const double ratio = aspect.den > 0 ? av_q2d(aspect) : 1;
-    track.naturalSize = {std::max(1.0, std::round(parameters.width * ratio)), double(parameters.height)};
+    const AVRational stated = stream.sample_aspect_ratio;
+    const AVRational aspect = stated.num > 0 ? stated : parameters.sample_aspect_ratio;
+    track.naturalSize = {double(squarePixelWidth(parameters.width, aspect)), double(parameters.height)};
     track.preferredTransform = preferredTransformOf(stream);
     track.nominalFrameRate = input.nominalFrameRate(stream.index);
     return track;

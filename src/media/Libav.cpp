@@ -1,6 +1,8 @@
 #include "media/Libav.h"
 
+#include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstdarg>
 #include <limits>
 #include <mutex>
@@ -46,7 +48,15 @@ Error libavError(int code, std::string_view subject) {
 }
 
 MediaTime timeOf(std::int64_t ticks, AVRational timeBase) {
-    return MediaTime(ticks * timeBase.num, timeBase.den);
+    return MediaTime(ticks, timeBase.den) * timeBase.num;
+}
+
+int squarePixelWidth(int width, AVRational sampleAspectRatio) {
+    const double ratio = sampleAspectRatio.num > 0 && sampleAspectRatio.den > 0 ? av_q2d(sampleAspectRatio) : 1;
+    // Beyond this no camera goes, but damaged files do.
+    constexpr double widest = 16;
+    const bool isPlausible = ratio >= 1 / widest && ratio <= widest;
+    return isPlausible ? std::max(1, int(std::lround(width * ratio))) : width;
 }
 
 std::int64_t ticksAtOrBefore(MediaTime time, AVRational timeBase) {

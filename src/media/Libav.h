@@ -37,4 +37,7 @@ MediaTime timeOf(std::int64_t ticks, AVRational timeBase);
 /// The last tick at or before `time`, which must be numeric; held within 64 bits.
 std::int64_t ticksAtOrBefore(MediaTime time, AVRational timeBase);
 
+/// The width of a picture once its pixels are made square.
+int squarePixelWidth(int width, AVRational sampleAspectRatio);
+
 } // namespace keldra

@@ -1,9 +1,9 @@
 #include "media/PictureConverter.h"
 
 #include "imaging/Convert.h"
+#include "media/MediaError.h"
 
-#include <algorithm>
-#include <cmath>
+#include <cstdint>
 
 extern "C" {
 #include <libavutil/pixdesc.h>
@@ -108,7 +108,12 @@ PixelBuffer PictureConverter::newPicture(PixelFormat format) {
 
 Result<PixelBuffer> PictureConverter::convert(FramePtr frame, AVRational sampleAspectRatio) {
     if (m_width == 0) {
-        m_width = std::max(1, int(std::lround(frame->width * av_q2d(sampleAspectRatio))));
+        const int width = squarePixelWidth(frame->width, sampleAspectRatio);
+        // Four times the largest screens; a damaged file may claim anything.
+        constexpr std::int64_t mostPixels = std::int64_t(1) << 28;
+        if (std::int64_t(width) * frame->height > mostPixels)
+            return fail(mediaError(MediaError::noPicture, "The movie's picture is too large."));
+        m_width = width;
         m_height = frame->height;
     }
     const Colours colours = coloursOf(*frame);

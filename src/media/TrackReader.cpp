@@ -44,7 +44,12 @@ public:
             return std::optional<VideoFrame>();
         if (m_frame) {
             const AVRational aspect = m_decoder->sampleAspectRatio(*m_frame);
-            TRY_LET(m_picture, m_converter.convert(std::move(m_frame), aspect));
+            Result<PixelBuffer> converted = m_converter.convert(std::move(m_frame), aspect);
+            if (!converted) {
+                setCurrent(nullptr);
+                return fail(std::move(converted.error()));
+            }
+            m_picture = std::move(*converted);
         }
         return VideoFrame{m_picture, timeOf(m_ticks, m_decoder->timeBase())};
     }
@@ -80,7 +85,7 @@ private:
     PictureConverter m_converter;
     bool m_hasCurrent = false;
     std::int64_t m_ticks = 0;
-    // The current picture is in one of the two, or already given away by an error.
+    // The current picture is in one of the two.
     FramePtr m_frame;
     PixelBuffer m_picture;
     bool m_isCurrentDue = false;

@@ -4,6 +4,10 @@
 
 #include <algorithm>
 
+extern "C" {
+#include <libavutil/common.h>
+}
+
 namespace keldra {
 
 Result<std::unique_ptr<VideoDecoder>> VideoDecoder::open(const std::string& path, int streamIndex, int threadCount) {
@@ -64,7 +68,7 @@ Result<FramePtr> VideoDecoder::next() {
         const std::int64_t stamp = frame->best_effort_timestamp;
         if (isDamaged || stamp == AV_NOPTS_VALUE || (m_firstWhole != AV_NOPTS_VALUE && stamp < m_firstWhole))
             continue;
-        frame->pts = stamp - m_origin;
+        frame->pts = av_sat_sub64(stamp, m_origin);
         if (m_lastShown != AV_NOPTS_VALUE && frame->pts <= m_lastShown)
             continue;
         m_lastShown = frame->pts;
@@ -133,8 +137,11 @@ Result<FramePtr> VideoDecoder::seek(std::int64_t ticks) {
     const std::int64_t first = stream.start_time == AV_NOPTS_VALUE ? m_origin : std::min(stream.start_time, m_origin);
     // Containers seek by decoding times, or only nearly: the frame found may be shown after the one wanted. Then go
     // further back.
-    for (std::int64_t back = 0;; back = back == 0 ? av_rescale_q(1, {1, 2}, stream.time_base) : back * 4) {
-        const std::int64_t from = ticks + m_origin - back;
+    constexpr int mostSteps = 10;
+    std::int64_t back = 0;
+    for (int step = 0; step < mostSteps; ++step) {
+        const std::int64_t from = av_sat_sub64(av_sat_add64(ticks, m_origin), back);
+        back = back == 0 ? av_rescale_q(1, {1, 2}, stream.time_base) : back * 4;
         if (from <= first)
             break;
         TRY(startFrom(from));

@@ -223,9 +223,9 @@ TEST(Asset, ReadsDamagedFilesWithoutHarm) {
 
 TEST(Asset, LoadsOnOneQueueAndAnswersOnAnother) {
     const TemporaryFolder folder;
-    SerialQueue worker("test.worker");
-    SerialQueue answer("test.answer");
     std::promise<std::string> promise;
+    SerialQueue answer("test.answer");
+    SerialQueue worker("test.worker");
     Asset::load(folder / "missing.mov", worker, answer, [&](Result<AssetPtr> result) {
         promise.set_value(answer.isCurrent() && !result ? result.error().message : "wrong");
     });

@@ -2,10 +2,13 @@
 #include "base/HostClock.h"
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
 #include <csignal>
+#include <cstdio>
 #include <fcntl.h>
 #include <random>
+#include <sstream>
 #include <sys/file.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -94,6 +97,46 @@ INSTANTIATE_TEST_SUITE_P(
                 MediaTime(130, 24)}),
     [](const auto& row) { return row.param.name; });
 
+/// What the ffprobe program says; one line a packet or stream.
+std::string probe(const std::string& arguments) {
+    std::FILE* pipe = ::popen(("ffprobe -v error -of csv=p=0 " + arguments).c_str(), "r");
+    std::string text;
+    std::array<char, 4096> part{};
+    while (pipe != nullptr && std::fgets(part.data(), int(part.size()), pipe) != nullptr)
+        text += part.data();
+    EXPECT_EQ(::pclose(pipe), 0);
+    return text;
+}
+
+TEST(MovieWriter, TellsOthersItsColoursAndPutsAKeyFrameIntoEverySecond) {
+    const TemporaryFolder folder;
+    std::vector<MediaTime> times = evenly(100, MediaTime::zero(), MediaTime(1, 30));
+    times.push_back(MediaTime(9, 2));
+    times.push_back(MediaTime(23, 5));
+    ASSERT_TRUE(recordTake(folder / "take.mov", MediaTime::zero(), times, MediaTime(6, 1)));
+    const std::string file = "'" + (folder / "take.mov") + "'";
+    EXPECT_EQ(probe("-show_entries stream=codec_name,color_range,color_space,color_transfer,color_primaries " + file),
+              "h264,tv,bt709,bt709,bt709\n");
+    // The same from the container alone: H.264's own words begin with its packets.
+    const std::vector<char> bytes = bytesOf(folder / "take.mov");
+    const std::string colr = {'c', 'o', 'l', 'r', 'n', 'c', 'l', 'c', 0, 1, 0, 1, 0, 1};
+    EXPECT_NE(std::search(bytes.begin(), bytes.end(), colr.begin(), colr.end()), bytes.end());
+
+    std::istringstream packets(probe("-show_entries packet=pts_time,flags " + file));
+    double lastKey = -10;
+    int keys = 0;
+    for (std::string line; std::getline(packets, line);) {
+        const double time = std::stod(line);
+        const bool isKey = line.find(",K") != std::string::npos;
+        EXPECT_TRUE(isKey || time - lastKey < 1) << line;
+        if (isKey) {
+            lastKey = time;
+            keys += 1;
+        }
+    }
+    EXPECT_EQ(keys, 5) << "at 0, 1, 2, 3 and 4.5 seconds";
+}
+
 /// What libavformat's other users see of a take that is still being written, or was left so.
 std::vector<int> numbersIn(const std::string& path) {
     std::vector<int> numbers;
@@ -140,6 +183,7 @@ struct Recording {
     }
     bool append(int number, MediaTime time) { return appendWhenReady(writer, *input, paintedPicture(number), time); }
 
+    SerialQueue answer{"test.answer"};
     FileMovieWriter writer;
     MovieWriterInput* input = nullptr;
 };
@@ -190,6 +234,7 @@ TEST(MovieWriter, RefusesSettingsThatCannotBeEncoded) {
 
 TEST(MovieWriter, TakesOnlyPicturesThatFitInRisingOrderWithinTheSession) {
     const TemporaryFolder folder;
+    SerialQueue answer("test.answer");
     FileMovieWriter writer(folder / "take.mov");
     auto added = writer.addVideoInput(smallTrack());
     ASSERT_TRUE(added);
@@ -207,7 +252,7 @@ TEST(MovieWriter, TakesOnlyPicturesThatFitInRisingOrderWithinTheSession) {
     EXPECT_TRUE(appendWhenReady(writer, input, paintedPicture(1), MediaTime(8, 1)));
     input.markAsFinished();
     EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(9, 1))) << "after the end";
-    ASSERT_TRUE(finishAndWait(writer, MediaTime(9, 1)));
+    ASSERT_TRUE(finishAndWait(writer, answer, MediaTime(9, 1)));
     EXPECT_EQ(picturesIn(folder / "take.mov"), (std::vector<ShownPicture>{{0, MediaTime(1, 1)}, {1, MediaTime(3, 1)}}));
 }
 
@@ -233,7 +278,7 @@ TEST(MovieWriter, HoldsTheSenderBackAndLosesNothingItTook) {
     EXPECT_EQ(refused, 20);
     EXPECT_FALSE(recording.writer.error());
     EXPECT_TRUE(appendWhenReady(recording.writer, *recording.input, noise, MediaTime(2, 1)));
-    ASSERT_TRUE(finishAndWait(recording.writer, MediaTime(3, 1)));
+    ASSERT_TRUE(finishAndWait(recording.writer, recording.answer, MediaTime(3, 1)));
     EXPECT_EQ(picturesIn(folder / "take.mov").size(), std::size_t(taken + 1));
 }
 
@@ -276,7 +321,7 @@ TEST(MovieWriter, KeepsWhatItHasWhenItIsDropped) {
 TEST(MovieWriter, FailsWithoutAPicture) {
     const TemporaryFolder folder;
     Recording recording(folder / "take.mov");
-    const auto finished = finishAndWait(recording.writer, MediaTime(1, 1));
+    const auto finished = finishAndWait(recording.writer, recording.answer, MediaTime(1, 1));
     ASSERT_FALSE(finished);
     EXPECT_EQ(finished.error().message, "Not one picture was recorded.");
     EXPECT_TRUE(folder.names().empty());
@@ -294,7 +339,7 @@ TEST(MovieWriter, KeepsWhatFitsOnAFullDisk) {
         ASSERT_TRUE(error);
         EXPECT_EQ(error->message, "take.mov: File too large");
         EXPECT_FALSE(recording.input->isReadyForMoreMediaData());
-        const auto finished = finishAndWait(recording.writer, MediaTime(appended, 60));
+        const auto finished = finishAndWait(recording.writer, recording.answer, MediaTime(appended, 60));
         ASSERT_FALSE(finished);
         EXPECT_EQ(finished.error(), *error);
     }
@@ -313,7 +358,7 @@ TEST(MovieWriter, StaysAGrowingFileWhereThereIsNoRoomForAnOrdinaryOne) {
     testing::internal::CaptureStdout();
     const auto finished = [&] {
         const DiskLimit full(6000);
-        return finishAndWait(recording.writer, MediaTime(1, 1));
+        return finishAndWait(recording.writer, recording.answer, MediaTime(1, 1));
     }();
     const std::string log = testing::internal::GetCapturedStdout();
     EXPECT_TRUE(finished) << finished.error().message;

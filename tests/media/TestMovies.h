@@ -141,8 +141,8 @@ inline bool appendWhenReady(const MovieWriter& writer, MovieWriterInput& input, 
     return input.append(picture, time);
 }
 
-inline Result<void> finishAndWait(MovieWriter& writer, MediaTime end) {
-    SerialQueue answer("test.answer");
+/// `answer` outlives the writer, whose thread may still be on its way out of post() when the answer is here.
+inline Result<void> finishAndWait(MovieWriter& writer, SerialQueue& answer, MediaTime end) {
     std::promise<Result<void>> promise;
     writer.finishWriting(end, answer, [&](Result<void> result) { promise.set_value(std::move(result)); });
     auto future = promise.get_future();
@@ -154,6 +154,7 @@ inline Result<void> finishAndWait(MovieWriter& writer, MediaTime end) {
 /// Records the numbers 0, 1, ... at these times, the session starting at `start`.
 inline Result<void> recordTake(const std::string& path, MediaTime start, const std::vector<MediaTime>& times,
                                MediaTime end) {
+    SerialQueue answer("test.answer");
     FileMovieWriter writer(path);
     TRY_LET(MovieWriterInput & input, writer.addVideoInput(smallTrack()));
     TRY(writer.startWriting());
@@ -162,7 +163,7 @@ inline Result<void> recordTake(const std::string& path, MediaTime start, const s
         if (!appendWhenReady(writer, input, paintedPicture(int(i)), times[i]))
             return fail(writer.error().value_or(Error{"test", 2, "A picture was refused.", {}}));
     input.markAsFinished();
-    return finishAndWait(writer, end);
+    return finishAndWait(writer, answer, end);
 }
 
 } // namespace keldra::test
