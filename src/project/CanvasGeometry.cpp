@@ -40,8 +40,8 @@ int evenDimension(double pixels) {
 }
 
 QSize renderSize(const EditorProject& project) {
-    const CanvasSizeSpec spec = project.canvas ? project.canvas->size : CanvasStyle{}.size;
-    const QSizeF wanted = std::visit(WantedSize{project}, spec);
+    const CanvasSizeSpec chosen = project.canvas ? project.canvas->size : CanvasStyle{}.size;
+    const QSizeF wanted = std::visit(WantedSize{project}, chosen);
     return {evenDimension(wanted.width()), evenDimension(wanted.height())};
 }
 
