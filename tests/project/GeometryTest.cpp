@@ -37,8 +37,8 @@ TEST(CanvasGeometry, RenderSizes) {
     project.canvasHeight = 719.5;
     EXPECT_EQ(renderSize(project), QSize(1280, 718));
     project.canvas.emplace();
-    for (const auto& [spec, expected] : rows) {
-        project.canvas->size = spec;
+    for (const auto& [size, expected] : rows) {
+        project.canvas->size = size;
         EXPECT_EQ(renderSize(project), expected);
     }
 }
