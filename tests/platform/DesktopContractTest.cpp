@@ -86,10 +86,11 @@ testing::AssertionResult isOpaque(const PixelBuffer& picture) {
     return testing::AssertionSuccess();
 }
 
-QStringList sceneAt(int x, int y, std::initializer_list<const char*> more, int width = 640, int height = 400) {
-    QStringList arguments{"--geometry", QString("%1x%2+%3+%4").arg(width).arg(height).arg(x).arg(y)};
-    for (const char* each : more)
-        arguments << each;
+std::vector<std::string> sceneAt(int x, int y, const std::vector<std::string>& more, int width = 640,
+                                 int height = 400) {
+    const auto text = [](int number) { return std::to_string(number); };
+    std::vector<std::string> arguments{"--geometry", text(width) + "x" + text(height) + "+" + text(x) + "+" + text(y)};
+    arguments.insert(arguments.end(), more.begin(), more.end());
     return arguments;
 }
 

@@ -1,13 +1,11 @@
 #pragma once
 
 #include "base/SerialQueue.h"
+#include "doubles/ChildProcess.h"
 #include "doubles/PumpedExecutor.h"
 #include "platform/Platform.h"
 #include "platform/x11/X11Connection.h"
 #include "scene/SceneReader.h"
-
-#include <QProcess>
-#include <QStringList>
 
 #include <condition_variable>
 #include <functional>
@@ -61,14 +59,13 @@ private:
 /// A keldra_scene in a process of its own.
 class SceneProcess {
 public:
-    explicit SceneProcess(const QStringList& arguments);
-    ~SceneProcess();
+    explicit SceneProcess(const std::vector<std::string>& arguments);
     /// 0 when it did not come up.
     xcb_window_t window() const { return m_window; }
-    void close();
+    void close() { m_process.close(); }
 
 private:
-    QProcess m_process;
+    ChildProcess m_process;
     xcb_window_t m_window = 0;
 };
 
