@@ -147,8 +147,9 @@ SceneProcess::SceneProcess(const std::vector<std::string>& arguments) : m_proces
         m_window = xcb_window_t(std::stoul(line.substr(announcement.size())));
 }
 
-StreamRun::StreamRun(const Platform& platform, PumpedExecutor& mainQueue, const StreamConfiguration& configuration)
-    : m_mainQueue(mainQueue), m_stream(platform.makeScreenStream()) {
+StreamRun::StreamRun(const Platform& platform, PumpedExecutor& mainQueue, const StreamConfiguration& configuration,
+                     std::function<void(const ScreenFrame&)> inspector)
+    : m_mainQueue(mainQueue), m_inspector(std::move(inspector)), m_stream(platform.makeScreenStream()) {
     FrameSink sink;
     sink.frame = [this](ScreenFrame frame) { take(std::move(frame)); };
     sink.stopped = [this](const Error& error) {
@@ -172,13 +173,8 @@ StreamRun::~StreamRun() {
 }
 
 void StreamRun::take(ScreenFrame frame) {
-    std::function<void(const ScreenFrame&)> inspector;
-    {
-        const std::lock_guard guard(m_lock);
-        inspector = m_inspector;
-    }
-    if (inspector)
-        inspector(frame);
+    if (m_inspector)
+        m_inspector(frame);
     const std::lock_guard guard(m_lock);
     if (m_isHolding)
         m_held.push_back(frame);
@@ -200,11 +196,6 @@ bool StreamRun::waitForCount(std::size_t count) {
 bool StreamRun::waitForStop() {
     std::unique_lock guard(m_lock);
     return m_arrived.wait_until(guard, PumpedExecutor::deadline(), [&] { return !m_stops.empty(); });
-}
-
-void StreamRun::inspect(std::function<void(const ScreenFrame&)> inspector) {
-    const std::lock_guard guard(m_lock);
-    m_inspector = std::move(inspector);
 }
 
 void StreamRun::hold(bool isHolding) {

@@ -72,7 +72,9 @@ private:
 /// Runs a stream and keeps its last frame.
 class StreamRun {
 public:
-    StreamRun(const Platform& platform, PumpedExecutor& mainQueue, const StreamConfiguration& configuration);
+    /// `inspector` looks at every frame, on the stream's queue.
+    StreamRun(const Platform& platform, PumpedExecutor& mainQueue, const StreamConfiguration& configuration,
+              std::function<void(const ScreenFrame&)> inspector = nullptr);
     ~StreamRun();
 
     const std::optional<Error>& startError() const { return m_startError; }
@@ -80,8 +82,6 @@ public:
     [[nodiscard]] bool waitFor(const std::function<bool(const ScreenFrame&)>& predicate);
     [[nodiscard]] bool waitForCount(std::size_t count);
     [[nodiscard]] bool waitForStop();
-    /// Looks at every frame from now on, on the stream's queue.
-    void inspect(std::function<void(const ScreenFrame&)> inspector);
     /// Whether frames are held on to, all of them.
     void hold(bool isHolding);
     void stop();
@@ -102,7 +102,7 @@ private:
     std::vector<Error> m_stops;
     std::vector<ScreenFrame> m_held;
     bool m_isHolding = false;
-    std::function<void(const ScreenFrame&)> m_inspector;
+    const std::function<void(const ScreenFrame&)> m_inspector;
     std::optional<Error> m_startError;
     SerialQueue m_queue{"test frames"};
     std::unique_ptr<ScreenStream> m_stream;
