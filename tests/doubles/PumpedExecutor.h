@@ -15,6 +15,7 @@ namespace keldra {
 class PumpedExecutor final : public Executor {
 public:
     static constexpr std::chrono::seconds patience{10};
+    static std::chrono::steady_clock::time_point deadline() { return std::chrono::steady_clock::now() + patience; }
 
     void post(Work work) override {
         const std::lock_guard guard(m_lock);
@@ -38,7 +39,7 @@ public:
     /// Runs what is posted until the predicate holds; false when that takes too long.
     template <typename Predicate>
     [[nodiscard]] bool pumpUntil(Predicate predicate) {
-        const auto deadline = std::chrono::steady_clock::now() + patience;
+        const auto end = deadline();
         std::unique_lock guard(m_lock);
         while (true) {
             guard.unlock();
@@ -46,7 +47,7 @@ public:
             guard.lock();
             if (isDone)
                 return true;
-            if (!m_arrived.wait_until(guard, deadline, [this] { return !m_waiting.empty(); }))
+            if (!m_arrived.wait_until(guard, end, [this] { return !m_waiting.empty(); }))
                 return false;
             const Work work = std::move(m_waiting.front());
             m_waiting.pop_front();

@@ -2,8 +2,6 @@
 
 #include "platform/x11/X11Properties.h"
 
-#include <QByteArray>
-
 #include <algorithm>
 #include <cstring>
 #include <stdexcept>
@@ -41,8 +39,9 @@ xcb_atom_t TestDesktop::atom(const char* name) const {
 namespace {
 
 /// libxcb's own request for this ends the connection.
-void xrandr(const QStringList& arguments) {
-    if (QProcess::execute("xrandr", arguments) != 0)
+void xrandr(std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), "xrandr");
+    if (ChildProcess(arguments).wait() != 0)
         throw std::runtime_error("xrandr failed");
 }
 
@@ -50,18 +49,19 @@ void xrandr(const QStringList& arguments) {
 
 void TestDesktop::setMonitors(const std::vector<Monitor>& monitors) {
     for (const std::string& name : std::exchange(m_monitors, {}))
-        xrandr({"--delmonitor", QString::fromStdString(name)});
+        xrandr({"--delmonitor", name});
     for (const auto& [name, rect] : monitors) {
         // The first takes the server's own output, or that would stay a monitor too; the star makes it primary.
         const bool isFirst = m_monitors.empty();
-        const QString place = QString("%1/300x%2/200+%3+%4").arg(rect.width).arg(rect.height).arg(rect.x).arg(rect.y);
-        xrandr({"--setmonitor", (isFirst ? "*" : "") + QString(name), place, isFirst ? "screen" : "none"});
+        const std::string place = std::to_string(rect.width) + "/300x" + std::to_string(rect.height) + "/200+" +
+                                  std::to_string(rect.x) + "+" + std::to_string(rect.y);
+        xrandr({"--setmonitor", std::string(isFirst ? "*" : "") + name, place, isFirst ? "screen" : "none"});
         m_monitors.emplace_back(name);
     }
 }
 
 void TestDesktop::removeMonitor(const std::string& name) {
-    xrandr({"--delmonitor", QString::fromStdString(name)});
+    xrandr({"--delmonitor", name});
     std::erase(m_monitors, name);
 }
 
@@ -129,28 +129,27 @@ PixelRect TestDesktop::clientRect(xcb_window_t window) const {
     return {corner->dst_x, corner->dst_y, geometry->width, geometry->height};
 }
 
-SceneProcess::SceneProcess(const QStringList& arguments) {
-    m_process.setProcessChannelMode(QProcess::ForwardedErrorChannel);
-    m_process.start(KELDRA_SCENE, QStringList(arguments) << "--log");
+namespace {
+
+std::vector<std::string> sceneCommand(const std::vector<std::string>& arguments) {
+    std::vector<std::string> command{KELDRA_SCENE, "--log"};
+    command.insert(command.end(), arguments.begin(), arguments.end());
+    return command;
+}
+
+} // namespace
+
+SceneProcess::SceneProcess(const std::vector<std::string>& arguments) : m_process(sceneCommand(arguments)) {
+    constexpr std::string_view announcement = "# window ";
+    const std::string line = m_process.readLine();
     // The first frame's line comes once it is on the screen.
-    QByteArray log;
-    while (log.count('\n') < 2 && m_process.waitForReadyRead(10'000))
-        log += m_process.readAllStandardOutput();
-    if (log.count('\n') >= 2)
-        m_window = log.mid(int(std::strlen("# window "))).split('\n').front().toUInt();
+    if (line.starts_with(announcement) && !m_process.readLine().empty())
+        m_window = xcb_window_t(std::stoul(line.substr(announcement.size())));
 }
 
-SceneProcess::~SceneProcess() {
-    close();
-}
-
-void SceneProcess::close() {
-    m_process.kill();
-    m_process.waitForFinished();
-}
-
-StreamRun::StreamRun(const Platform& platform, PumpedExecutor& mainQueue, const StreamConfiguration& configuration)
-    : m_mainQueue(mainQueue), m_stream(platform.makeScreenStream()) {
+StreamRun::StreamRun(const Platform& platform, PumpedExecutor& mainQueue, const StreamConfiguration& configuration,
+                     std::function<void(const ScreenFrame&)> inspector)
+    : m_mainQueue(mainQueue), m_inspector(std::move(inspector)), m_stream(platform.makeScreenStream()) {
     FrameSink sink;
     sink.frame = [this](ScreenFrame frame) { take(std::move(frame)); };
     sink.stopped = [this](const Error& error) {
@@ -174,13 +173,8 @@ StreamRun::~StreamRun() {
 }
 
 void StreamRun::take(ScreenFrame frame) {
-    std::function<void(const ScreenFrame&)> inspector;
-    {
-        const std::lock_guard guard(m_lock);
-        inspector = m_inspector;
-    }
-    if (inspector)
-        inspector(frame);
+    if (m_inspector)
+        m_inspector(frame);
     const std::lock_guard guard(m_lock);
     if (m_isHolding)
         m_held.push_back(frame);
@@ -191,22 +185,17 @@ void StreamRun::take(ScreenFrame frame) {
 
 bool StreamRun::waitFor(const std::function<bool(const ScreenFrame&)>& predicate) {
     std::unique_lock guard(m_lock);
-    return m_arrived.wait_for(guard, PumpedExecutor::patience, [&] { return m_last.pixels && predicate(m_last); });
+    return m_arrived.wait_until(guard, PumpedExecutor::deadline(), [&] { return m_last.pixels && predicate(m_last); });
 }
 
 bool StreamRun::waitForCount(std::size_t count) {
     std::unique_lock guard(m_lock);
-    return m_arrived.wait_for(guard, PumpedExecutor::patience, [&] { return m_times.size() >= count; });
+    return m_arrived.wait_until(guard, PumpedExecutor::deadline(), [&] { return m_times.size() >= count; });
 }
 
 bool StreamRun::waitForStop() {
     std::unique_lock guard(m_lock);
-    return m_arrived.wait_for(guard, PumpedExecutor::patience, [&] { return !m_stops.empty(); });
-}
-
-void StreamRun::inspect(std::function<void(const ScreenFrame&)> inspector) {
-    const std::lock_guard guard(m_lock);
-    m_inspector = std::move(inspector);
+    return m_arrived.wait_until(guard, PumpedExecutor::deadline(), [&] { return !m_stops.empty(); });
 }
 
 void StreamRun::hold(bool isHolding) {

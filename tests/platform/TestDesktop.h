@@ -1,13 +1,11 @@
 #pragma once
 
 #include "base/SerialQueue.h"
+#include "doubles/ChildProcess.h"
 #include "doubles/PumpedExecutor.h"
 #include "platform/Platform.h"
 #include "platform/x11/X11Connection.h"
 #include "scene/SceneReader.h"
-
-#include <QProcess>
-#include <QStringList>
 
 #include <condition_variable>
 #include <functional>
@@ -61,21 +59,22 @@ private:
 /// A keldra_scene in a process of its own.
 class SceneProcess {
 public:
-    explicit SceneProcess(const QStringList& arguments);
-    ~SceneProcess();
+    explicit SceneProcess(const std::vector<std::string>& arguments);
     /// 0 when it did not come up.
     xcb_window_t window() const { return m_window; }
-    void close();
+    void close() { m_process.close(); }
 
 private:
-    QProcess m_process;
+    ChildProcess m_process;
     xcb_window_t m_window = 0;
 };
 
 /// Runs a stream and keeps its last frame.
 class StreamRun {
 public:
-    StreamRun(const Platform& platform, PumpedExecutor& mainQueue, const StreamConfiguration& configuration);
+    /// `inspector` looks at every frame, on the stream's queue.
+    StreamRun(const Platform& platform, PumpedExecutor& mainQueue, const StreamConfiguration& configuration,
+              std::function<void(const ScreenFrame&)> inspector = nullptr);
     ~StreamRun();
 
     const std::optional<Error>& startError() const { return m_startError; }
@@ -83,8 +82,6 @@ public:
     [[nodiscard]] bool waitFor(const std::function<bool(const ScreenFrame&)>& predicate);
     [[nodiscard]] bool waitForCount(std::size_t count);
     [[nodiscard]] bool waitForStop();
-    /// Looks at every frame from now on, on the stream's queue.
-    void inspect(std::function<void(const ScreenFrame&)> inspector);
     /// Whether frames are held on to, all of them.
     void hold(bool isHolding);
     void stop();
@@ -105,7 +102,7 @@ private:
     std::vector<Error> m_stops;
     std::vector<ScreenFrame> m_held;
     bool m_isHolding = false;
-    std::function<void(const ScreenFrame&)> m_inspector;
+    const std::function<void(const ScreenFrame&)> m_inspector;
     std::optional<Error> m_startError;
     SerialQueue m_queue{"test frames"};
     std::unique_ptr<ScreenStream> m_stream;

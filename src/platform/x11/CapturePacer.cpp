@@ -3,10 +3,25 @@
 #include <algorithm>
 
 namespace keldra {
+namespace {
+
+/// Saved time is spent in so many steps, each too small to be seen.
+constexpr int stepsToSpend = 16;
+
+} // namespace
 
 void CapturePacer::changed(TimePoint now) {
-    if (!m_due)
-        m_due = m_lastDue ? std::max(now, *m_lastDue + m_interval) : now;
+    if (m_due)
+        return;
+    const TimePoint next = m_lastDue ? *m_lastDue + m_interval : now;
+    if (now >= next) {
+        m_saved = std::min(m_interval, m_saved + (now - next));
+        m_due = now;
+        return;
+    }
+    const Duration advance = std::min({m_saved, m_interval / stepsToSpend, Duration(next - now)});
+    m_saved -= advance;
+    m_due = next - advance;
 }
 
 void CapturePacer::taken(TimePoint now) {

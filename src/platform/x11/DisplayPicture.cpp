@@ -12,6 +12,8 @@ namespace {
 
 /// How long programs get to draw the parts of their windows that ours covered until now.
 constexpr std::chrono::milliseconds repaintTime{50};
+/// How long the windows are still composed after ours went: they often come back.
+constexpr std::chrono::seconds composedTime{1};
 
 } // namespace
 
@@ -90,22 +92,31 @@ Result<void> DisplayPicture::update() {
         m_topLevels.refresh();
         m_isPlanStale = true;
     }
-    if (!m_isPlanStale && !(m_composed && m_composed->isStale()))
-        return {};
+    m_mapCount = m_topLevels.mapCount();
+    if (m_composed && std::chrono::steady_clock::now() >= m_composedUntil)
+        m_isPlanStale = true;
+    if (m_isPlanStale || (m_composed && m_composed->isStale()))
+        choosePath();
+    return {};
+}
+
+void DisplayPicture::choosePath() {
+    const auto now = std::chrono::steady_clock::now();
     m_isPlanStale = false;
     if (!m_isRedirected && hasOwn(false))
         redirectWindows();
-    if (!hasOwn(true)) {
+    if (hasOwn(true))
+        m_composedUntil = now + composedTime;
+    if (now >= m_composedUntil) {
         m_composed.reset();
         if (!m_rootDamage)
             m_rootDamage = std::make_unique<WindowDamage>(m_connection, m_connection.root());
-        return {};
+        return;
     }
     m_rootDamage.reset();
     if (!m_composed)
         m_composed = std::make_unique<ComposedDesktop>(m_connection, m_formats);
     m_composed->show(m_topLevels.windows(), QRect(m_area.x, m_area.y, m_area.width, m_area.height) & m_root);
-    return {};
 }
 
 /// Servers announce outputs that come and go, but not monitors that a user made of parts of them.
@@ -172,7 +183,13 @@ bool DisplayPicture::isSpoiled() {
         return false;
     m_topLevels.refresh();
     m_isPlanStale = true;
-    return m_composed ? m_composed->usesOwn(m_topLevels.windows()) : hasOwn(true);
+    if (m_composed)
+        return m_composed->usesOwn(m_topLevels.windows());
+    // One that came may be gone already, and nobody knows any more whose it was.
+    const bool isShown = hasOwn(true) || (m_isRedirected && m_topLevels.mapCount() != m_mapCount);
+    if (isShown)
+        m_composedUntil = std::chrono::steady_clock::now() + composedTime;
+    return isShown;
 }
 
 } // namespace keldra

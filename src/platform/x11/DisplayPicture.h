@@ -12,8 +12,8 @@
 
 namespace keldra {
 
-/// One monitor without our windows: the root's own pixels while none of ours is in the way, else all other windows
-/// painted over each other.
+/// One monitor without our windows: the root's own pixels while none of ours is in the way, else (and for a while
+/// after) all other windows painted over each other.
 class DisplayPicture final : public SourcePicture {
 public:
     DisplayPicture(const X11Connection& connection, const RenderFormats& formats, MonitorNumbers& numbers,
@@ -35,6 +35,7 @@ private:
     bool isOwnCreated(const xcb_generic_event_t& event) const;
     bool isRootDamageInside(const xcb_generic_event_t& event);
     void redirectWindows();
+    void choosePath();
 
     const X11Connection& m_connection;
     const RenderFormats& m_formats;
@@ -45,6 +46,7 @@ private:
     std::uint32_t m_changedRegion;
     PixelRect m_area;
     QRect m_root;
+    std::uint64_t m_mapCount = 0;
     bool m_isMonitorStale = true;
     bool m_isPlanStale = true;
     bool m_isRedirected = false;
@@ -52,6 +54,8 @@ private:
     std::unique_ptr<WindowDamage> m_rootDamage;
     std::unique_ptr<ComposedDesktop> m_composed;
     std::optional<std::chrono::steady_clock::time_point> m_readyAt;
+    /// Until when the root's pixels are not trusted.
+    std::chrono::steady_clock::time_point m_composedUntil;
 };
 
 } // namespace keldra

@@ -25,6 +25,7 @@ void X11TopLevels::handle(const xcb_generic_event_t& event) {
     case XCB_MAP_NOTIFY: {
         const auto& mapped = reinterpret_cast<const xcb_map_notify_event_t&>(event);
         forget(mapped.event, mapped.window);
+        ++m_mapCount;
         break;
     }
     case XCB_REPARENT_NOTIFY: {

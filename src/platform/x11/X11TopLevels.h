@@ -31,6 +31,8 @@ public:
     void handle(const xcb_generic_event_t& event);
     /// Whether events told of changes since the list was read.
     bool isStale() const { return m_isStale; }
+    /// How many windows have come onto the screen so far, also those that are gone again.
+    std::uint64_t mapCount() const { return m_mapCount; }
     /// Reads the list again.
     void refresh();
     /// From the bottom to the top.
@@ -47,6 +49,7 @@ private:
     /// Answers that hold until the window is mapped, reparented or destroyed.
     std::map<xcb_window_t, bool> m_knownOwners;
     bool m_isStale = true;
+    std::uint64_t m_mapCount = 0;
 };
 
 } // namespace keldra
