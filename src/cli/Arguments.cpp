@@ -51,7 +51,7 @@ Result<Arguments> parseArguments(const QStringList& words, const std::vector<Opt
                 return fail(usageError(QStringLiteral("%1 takes no value").arg(name)));
             value = word.mid(equals + 1);
         } else if (option->value != OptionValue::none) {
-            const bool hasNext = i + 1 < words.size() && !looksLikeOption(words[i + 1]);
+            const bool hasNext = i + 1 < words.size() && words[i + 1] != u"--" && !looksLikeOption(words[i + 1]);
             if (hasNext)
                 value = words[++i];
             else if (option->value == OptionValue::required)

@@ -115,7 +115,7 @@ TEST(EditorCommands, WriteOnlyTheirOwnFields) {
     moved.segments[0].timelineStart = 5;
     const auto move = moveSegmentCommand(project, moved);
     move->apply(project, later);
-    project.zoomBlocks = QList<ZoomBlock>{{QUuid::createUuid(), 1, 2}};
+    project.zoomBlocks = QList<ZoomBlock>{{QUuid::createUuid(), 1, 2, 2, {}, 0.6}};
     move->revert(project, later);
     EXPECT_EQ(project.segments[0].timelineStart, 0);
     EXPECT_EQ(project.zoomBlocks->size(), 1) << "undoing a move leaves the zoom alone";
@@ -187,8 +187,9 @@ TEST(EditorHistory, UndoAndRedoWalkThroughTheSameValues) {
                 continue;
             const double before = coverage(project);
             history.execute(*command, project, later);
-            if (command->description() == u"Split clip")
+            if (command->description() == u"Split clip") {
                 ASSERT_NEAR(coverage(project), before, 1e-9) << "a split keeps coverage";
+            }
             for (const EditorSegment& segment : project.segments) {
                 const FadeLengths fades = normalizedFades(segment);
                 ASSERT_LE(fades.fadeIn + fades.fadeOut, segment.duration * (1 + 1e-12));

@@ -22,6 +22,8 @@ KELDRA = str(BUILD / "keldra")
 SCENE = str(BUILD / "keldra_scene")
 LAYOUT = json.loads(subprocess.run([SCENE, "--layout"], check=True, stdout=subprocess.PIPE).stdout)
 DEADLINE = 60
+# Recordings here are judged by what is in them; the lightest preset leaves a busy machine the most room.
+os.environ.setdefault("KELDRA_X264_PRESET", "ultrafast")
 
 
 def until(condition, what, seconds=DEADLINE):
@@ -128,7 +130,7 @@ def pictures(path, area=None, picture_filter=None):
     filters = ([picture_filter] if picture_filter else []) + [
         "scale=in_color_matrix=bt709:in_range=tv:flags=accurate_rnd+full_chroma_int", "format=rgb24",
         f"crop={width}:{height}:{x}:{y}"]
-    raw = subprocess.run(["ffmpeg", "-nostdin", "-v", "error", "-i", str(path), "-vf", ",".join(filters), "-fps_mode", "passthrough",
+    raw = subprocess.run(["ffmpeg", "-nostdin", "-v", "fatal", "-i", str(path), "-vf", ",".join(filters), "-fps_mode", "passthrough",
                           "-f", "rawvideo", "-"], check=True, stdout=subprocess.PIPE).stdout
     return numpy.frombuffer(raw, numpy.uint8).reshape(-1, height, width, 3)
 

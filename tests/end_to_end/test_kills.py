@@ -10,7 +10,7 @@ class KillTest(TestCase):
         seed = random.randrange(2**32)
         chance = random.Random(seed)
         for attempt in range(3):
-            with self.subTest(seed=seed, attempt=attempt), Scene("--rate", 20) as scene:
+            with self.subTest(seed=seed, attempt=attempt), Scene("--rate", 8) as scene:
                 recording = Recording(self.folder, "--display", 1)
                 path = recording.file()
                 begin = time.monotonic()
@@ -20,7 +20,7 @@ class KillTest(TestCase):
                 numbers = numbers_of(path)
                 self.assertNotIn(None, numbers)
                 self.assertLess(killed - scene.when(numbers[-1]), 2, "no picture older than two seconds is lost")
-                stood = set(n for n in scene.standing(0.04) if numbers[0] <= n <= numbers[-1])
+                stood = set(n for n in scene.standing(0.1) if numbers[0] <= n <= numbers[-1])
                 self.assertFalse(stood - set(numbers))
                 self.assertEqual(run("frame", path, "--at", 1, "--output", self.folder / "frame.png")[0], 0,
                                  "what a kill left can be edited")
