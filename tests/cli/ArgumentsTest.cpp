@@ -1,4 +1,5 @@
 #include "cli/Arguments.h"
+
 #include "cli/CommandErrors.h"
 #include "cli/RecordArguments.h"
 
