@@ -22,8 +22,6 @@ KELDRA = str(BUILD / "keldra")
 SCENE = str(BUILD / "keldra_scene")
 LAYOUT = json.loads(subprocess.run([SCENE, "--layout"], check=True, stdout=subprocess.PIPE).stdout)
 DEADLINE = 60
-# Recordings here are judged by what is in them; the lightest preset leaves a busy machine the most room.
-os.environ.setdefault("KELDRA_X264_PRESET", "ultrafast")
 
 
 def until(condition, what, seconds=DEADLINE):
