@@ -2,7 +2,7 @@
 
 #include "async/AwaitCompletion.h"
 #include "async/CoTry.h"
-#include "recording/OutputFile.h"
+#include "recording/RecordingPath.h"
 #include "recording/ScreenRecorderError.h"
 
 namespace keldra {

@@ -1,5 +1,6 @@
 #include "recording/StreamPlan.h"
 
+#include "base/Overloaded.h"
 #include "recording/CaptureGeometry.h"
 #include "recording/ScreenRecorderError.h"
 
@@ -7,13 +8,6 @@
 
 namespace keldra {
 namespace {
-
-template <typename... Cases>
-struct Overloaded : Cases... {
-    using Cases::operator()...;
-};
-template <typename... Cases>
-Overloaded(Cases...) -> Overloaded<Cases...>;
 
 Result<StreamPlan> planDisplay(const ShareableContentSnapshot& content, const QList<Screen>& screens,
                                std::uint32_t displayID) {

@@ -1,6 +1,6 @@
 #include "recording/CaptureGeometry.h"
 
-#include "recording/OutputFile.h"
+#include "recording/RecordingPath.h"
 #include "recording/RecordingQuality.h"
 
 #include <QTemporaryDir>
@@ -62,7 +62,7 @@ TEST(CaptureGeometry, NothingIsCutFromOrForAnEmptyRectangle) {
     EXPECT_FALSE(cropForRegion({0, 0, 10, 50}, {}, 1920, 1080, 10, 50));
 }
 
-TEST(OutputFile, IsNamedByTheLocalMomentWithLatinDigits) {
+TEST(RecordingPath, IsNamedByTheLocalMomentWithLatinDigits) {
     const QTemporaryDir folder;
     QLocale::setDefault(QLocale(QLocale::Arabic, QLocale::Egypt));
     const auto path = makeOutputPath(folder.path(), QDateTime(QDate(2026, 3, 4), QTime(5, 6, 7)));
@@ -71,7 +71,7 @@ TEST(OutputFile, IsNamedByTheLocalMomentWithLatinDigits) {
     EXPECT_EQ(*path, folder.filePath("KELDRA-2026-03-04-05-06-07.mov"));
 }
 
-TEST(OutputFile, NeedsAFolder) {
+TEST(RecordingPath, NeedsAFolder) {
     const QTemporaryDir folder;
     const QString file = folder.filePath("file");
     ASSERT_TRUE(QFile(file).open(QIODevice::WriteOnly));

@@ -1,5 +1,6 @@
 #include "platform/x11/StreamWorker.h"
 
+#include "base/Overloaded.h"
 #include "platform/x11/DisplayPicture.h"
 #include "platform/x11/WindowPicture.h"
 #include "platform/x11/X11Error.h"
@@ -19,11 +20,6 @@ constexpr int maximumTries = 4;
 
 constexpr Duration shortestInterval = std::chrono::milliseconds(1);
 constexpr std::chrono::seconds recheckInterval{1};
-
-template <typename... Cases>
-struct Overloaded : Cases... {
-    using Cases::operator()...;
-};
 
 } // namespace
 

@@ -1,4 +1,4 @@
-#include "recording/OutputFile.h"
+#include "recording/RecordingPath.h"
 
 #include "recording/ScreenRecorderError.h"
 
