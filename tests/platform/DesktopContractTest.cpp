@@ -288,50 +288,108 @@ TEST(X11ScreenStream, showsAMovedWindowWhereItIs) {
     EXPECT_TRUE(showsScene(stream->last().pixels, place.x + border[0], place.y + border[2]));
 }
 
-class OwnWindows : public testing::TestWithParam<bool> {};
+/// Windows of ours over a scene, with or without a window manager's frame.
+class OwnWindows : public testing::TestWithParam<bool> {
+protected:
+    void SetUp() override {
+        if (isManaged && !desk.hands.hasWindowManager())
+            GTEST_SKIP() << "nobody manages windows";
+        std::vector<std::string> arguments = sceneAt(200, 200, {"--rate", "50"});
+        if (isManaged)
+            arguments.emplace_back("--managed");
+        scene.emplace(arguments);
+        place = desk.hands.clientRect(scene->window());
+    }
+    /// Waits until the stream shows the scene whole: what we covered may have to be painted first.
+    bool becomesWhole(StreamRun& stream) const {
+        return stream.waitFor([this](const ScreenFrame& frame) {
+            const PixelRect now = desk.hands.clientRect(scene->window());
+            return bool(showsScene(frame.pixels, now.x, now.y));
+        });
+    }
+    xcb_window_t make() const {
+        return desk.hands.makeOwnWindow({place.x + 10, place.y + 30, 500, 200}, magenta, isManaged);
+    }
+    /// Returns when it covers the scene.
+    void show(xcb_window_t window) const {
+        desk.hands.mapWindow(window);
+        EXPECT_TRUE(eventually([&] {
+            const QList<WindowInfo> windows = desk.platform.windows->windows();
+            return !isManaged || (!windows.empty() && windows.front().windowID == window);
+        }));
+    }
+    /// A stream in which nobody must ever see one of ours.
+    std::unique_ptr<StreamRun> watch() {
+        return desk.run(desk.display(desk.platform.screens->screens().front()), [this](const ScreenFrame& frame) {
+            seen += 1;
+            exposed += showsOwn(frame.pixels);
+        });
+    }
+    bool showsOwn(const PixelBuffer& picture) const {
+        for (int y = place.y; y < place.y + place.height; y += 8)
+            for (int x = place.x; x < place.x + place.width; x += 8)
+                if (colourAt(picture, x, y) == magenta)
+                    return true;
+        return false;
+    }
 
-TEST_P(OwnWindows, areLeftOutOfADisplay) {
     const bool isManaged = GetParam();
     Desk desk;
-    if (isManaged && !desk.hands.hasWindowManager())
-        GTEST_SKIP() << "nobody manages windows";
-    const SceneProcess scene(sceneAt(200, 200, {"--rate", "50"}));
-    const PixelRect place{230, 240, 500, 200};
-    const xcb_window_t early = desk.hands.makeOwnWindow(place, magenta, isManaged);
-    desk.hands.mapWindow(early);
-    const auto isShown = [&](xcb_window_t window) { return desk.find(window).has_value(); };
-    ASSERT_TRUE(!isManaged || eventually([&] { return isShown(early); }));
-
-    // From the first frame on, and while more of them come and go, nobody ever sees one.
+    std::optional<SceneProcess> scene;
+    PixelRect place;
     std::atomic<int> seen = 0;
-    std::atomic<int> spoiled = 0;
-    const auto stream = desk.run(desk.display(desk.platform.screens->screens().front()), [&](const ScreenFrame& frame) {
-        seen += 1;
-        spoiled += !showsScene(frame.pixels, 200, 200);
-    });
+    std::atomic<int> exposed = 0;
+};
+
+TEST_P(OwnWindows, areLeftOutFromTheFirstFrameOn) {
+    const xcb_window_t early = make();
+    show(early);
+    const auto stream = watch();
     ASSERT_TRUE(stream->waitForCount(10));
     desk.hands.destroyWindow(early);
-    for (int i = 0; i < 12; ++i) {
-        const xcb_window_t window = desk.hands.makeOwnWindow(place, magenta, isManaged);
-        desk.hands.mapWindow(window);
-        ASSERT_TRUE(!isManaged || eventually([&] { return isShown(window); }));
+    for (int i = 0; i < 10; ++i) {
+        const xcb_window_t window = make();
+        show(window);
         ASSERT_TRUE(stream->waitForCount(stream->count() + 3));
-        desk.hands.moveWindow(window, 260, 230);
+        ASSERT_TRUE(becomesWhole(*stream));
+        desk.hands.moveWindow(window, place.x + 40, place.y + 20);
         ASSERT_TRUE(stream->waitForCount(stream->count() + 2));
         desk.hands.destroyWindow(window);
         ASSERT_TRUE(stream->waitForCount(stream->count() + 2));
     }
-    const xcb_window_t restless = desk.hands.makeOwnWindow(place, magenta, isManaged);
-    const std::size_t enough = stream->count() + 60;
-    ASSERT_TRUE(eventually([&] {
-        desk.hands.mapWindow(restless);
-        desk.hands.unmapWindow(restless);
-        return stream->count() >= enough;
-    }));
-    desk.hands.destroyWindow(restless);
-    EXPECT_GT(seen, 140);
-    EXPECT_EQ(spoiled, 0);
+    EXPECT_GT(seen, 70);
+    EXPECT_EQ(exposed, 0);
     EXPECT_TRUE(isOpaque(stream->last().pixels));
+}
+
+TEST_P(OwnWindows, areLeftOutHoweverFastTheyComeAndGo) {
+    const xcb_window_t restless = make();
+    std::atomic<bool> isFollowed = true;
+    // Other hands, because this thread waits for the streams.
+    SerialQueue others("restless window");
+    Timer toggling = others.every(1ms, [&, isShown = false]() mutable {
+        isShown = !isShown;
+        if (!isShown)
+            desk.hands.unmapWindow(restless);
+        // Again and again: a manager may miss a window that comes while it lets it go.
+        const bool isDone = eventually([&] {
+            if (isShown)
+                desk.hands.mapWindow(restless);
+            return isShown ? desk.hands.isViewable(restless) : !desk.hands.isFramed(restless);
+        });
+        isFollowed = isFollowed && isDone;
+    });
+    // Each stream starts anew.
+    for (int i = 0; i < 8; ++i) {
+        const auto stream = watch();
+        EXPECT_TRUE(stream->waitForCount(5));
+        EXPECT_TRUE(becomesWhole(*stream));
+    }
+    others.sync([&] { toggling.cancel(); });
+    desk.hands.destroyWindow(restless);
+    EXPECT_TRUE(isFollowed);
+    EXPECT_GE(seen, 40);
+    EXPECT_EQ(exposed, 0);
 }
 
 INSTANTIATE_TEST_SUITE_P(Kinds, OwnWindows, testing::Values(false, true),
@@ -429,19 +487,21 @@ TEST(X11ScreenStream, keepsToItsRateAndItsClock) {
     constexpr Duration interval = 50ms;
     std::atomic<int> late = 0;
     const auto configuration = desk.display(desk.platform.screens->screens().front(), interval);
+    const MediaTime start = desk.platform.clock->now();
     const auto stream = desk.run(configuration, [&](const ScreenFrame& frame) {
         const auto painted = readNumber(frame.pixels, scene::clockMilliseconds);
         const auto stamp = std::uint32_t(frame.time.value() / 1000);
-        late += !painted || std::int32_t(stamp - *painted) < 0 || std::int32_t(stamp - *painted) > 1000;
+        if (painted)
+            late += std::int32_t(stamp - *painted) < 0 || std::int32_t(stamp - *painted) > 5000;
     });
     ASSERT_TRUE(stream->waitForCount(20));
     const std::vector<MediaTime> times = stream->times();
     EXPECT_TRUE(std::is_sorted(times.begin(), times.end()));
     EXPECT_EQ(times.front().timescale(), HostClock::timescale);
-    // Due times stand on a grid, so a late frame and a prompt one may be less than an interval apart, but not more.
-    for (std::size_t i = 0; i + 10 < times.size(); ++i)
-        EXPECT_GE((times[i + 10] - times[i]).seconds(), 9 * 0.050);
-    EXPECT_LE(late, 1) << "a frame shows what was painted before its stamp";
+    // One picture may come early, for the time before the first.
+    for (std::size_t i = 0; i < times.size(); ++i)
+        EXPECT_GE((times[i] - start).seconds(), (double(i) - 1) * 0.050) << i;
+    EXPECT_EQ(late, 0) << "a frame shows what was painted before its stamp";
 }
 
 TEST(X11ScreenStream, fitsAResizedWindowIntoItsFirstSize) {
