@@ -92,6 +92,16 @@ void TestDesktop::mapWindow(xcb_window_t window) const {
     x().roundTrip();
 }
 
+bool TestDesktop::isViewable(xcb_window_t window) const {
+    const auto attributes = x().reply(xcb_get_window_attributes_reply, xcb_get_window_attributes(x().raw(), window));
+    return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE;
+}
+
+bool TestDesktop::isFramed(xcb_window_t window) const {
+    const auto tree = x().reply(xcb_query_tree_reply, xcb_query_tree(x().raw(), window));
+    return tree && tree->parent != x().root();
+}
+
 xcb_window_t TestDesktop::makeOwnWindow(const PixelRect& rect, std::uint32_t rgb, bool isManaged) const {
     const xcb_window_t window = x().newID();
     const std::uint32_t values[] = {rgb, !isManaged};

@@ -40,6 +40,9 @@ public:
     void resizeWindow(xcb_window_t window, int width, int height) const;
     void unmapWindow(xcb_window_t window) const;
     void mapWindow(xcb_window_t window) const;
+    bool isViewable(xcb_window_t window) const;
+    /// Whether it is in a window manager's frame.
+    bool isFramed(xcb_window_t window) const;
     /// A window of this process, of one colour.
     xcb_window_t makeOwnWindow(const PixelRect& rect, std::uint32_t rgb, bool isManaged) const;
     void destroyWindow(xcb_window_t window) const;

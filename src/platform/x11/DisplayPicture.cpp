@@ -10,8 +10,9 @@
 namespace keldra {
 namespace {
 
-/// How long programs get to draw the parts of their windows that ours covered until now.
-constexpr std::chrono::milliseconds repaintTime{50};
+/// How long programs get to draw the parts of their windows that ours covered until now, and window managers to clear
+/// away.
+constexpr std::chrono::milliseconds settlingTime{50};
 /// How long the windows are still composed after ours went: they often come back.
 constexpr std::chrono::seconds composedTime{1};
 
@@ -58,6 +59,8 @@ bool DisplayPicture::handle(const xcb_generic_event_t& event) {
     if (!m_isRedirected && isOwnCreated(event))
         redirectWindows();
     m_topLevels.handle(event);
+    if (m_topLevels.ownChanges() != m_ownChanges)
+        m_composedUntil = std::chrono::steady_clock::now() + composedTime;
     return m_composed ? m_composed->handle(event) : isRootDamageInside(event);
 }
 
@@ -92,7 +95,7 @@ Result<void> DisplayPicture::update() {
         m_topLevels.refresh();
         m_isPlanStale = true;
     }
-    m_mapCount = m_topLevels.mapCount();
+    m_ownChanges = m_topLevels.ownChanges();
     if (m_composed && std::chrono::steady_clock::now() >= m_composedUntil)
         m_isPlanStale = true;
     if (m_isPlanStale || (m_composed && m_composed->isStale()))
@@ -103,9 +106,14 @@ Result<void> DisplayPicture::update() {
 void DisplayPicture::choosePath() {
     const auto now = std::chrono::steady_clock::now();
     m_isPlanStale = false;
-    if (!m_isRedirected && hasOwn(false))
+    // What we hid just before the stream began may still be on the screen, and in a manager's frame that is about to
+    // go.
+    const bool isFirstSeen = !m_isRedirected && hasOwn(false);
+    if (isFirstSeen) {
         redirectWindows();
-    if (hasOwn(true))
+        m_readyAt = now + settlingTime;
+    }
+    if (isFirstSeen || hasOwn(true))
         m_composedUntil = now + composedTime;
     if (now >= m_composedUntil) {
         m_composed.reset();
@@ -152,17 +160,13 @@ Result<void> DisplayPicture::findMonitor() {
 /// Whether we have a window at all, or one on the screen within the area.
 bool DisplayPicture::hasOwn(bool onScreen) const {
     return std::any_of(m_topLevels.windows().begin(), m_topLevels.windows().end(), [&](const X11TopLevel& window) {
-        // The stream's connection only makes the window behind the background.
-        const bool isOurs = window.isOwn && m_connection.clientOf(window.window) != m_connection.ownClient();
-        return isOurs && (!onScreen || (window.isVisible && !m_area.intersection(window.rect).isEmpty()));
+        return window.isOwn && (!onScreen || (window.isVisible && !m_area.intersection(window.rect).isEmpty()));
     });
 }
 
 void DisplayPicture::redirectWindows() {
     m_isRedirected = true;
     xcb_composite_redirect_subwindows(m_connection.raw(), m_connection.root(), XCB_COMPOSITE_REDIRECT_AUTOMATIC);
-    if (hasOwn(true))
-        m_readyAt = std::chrono::steady_clock::now() + repaintTime;
 }
 
 void DisplayPicture::paint(xcb_render_picture_t picture) {
@@ -185,11 +189,8 @@ bool DisplayPicture::isSpoiled() {
     m_isPlanStale = true;
     if (m_composed)
         return m_composed->usesOwn(m_topLevels.windows());
-    // One that came may be gone already, and nobody knows any more whose it was.
-    const bool isShown = hasOwn(true) || (m_isRedirected && m_topLevels.mapCount() != m_mapCount);
-    if (isShown)
-        m_composedUntil = std::chrono::steady_clock::now() + composedTime;
-    return isShown;
+    // One that came may be gone again.
+    return hasOwn(true) || m_topLevels.ownChanges() != m_ownChanges;
 }
 
 } // namespace keldra

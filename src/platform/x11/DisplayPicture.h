@@ -46,7 +46,7 @@ private:
     std::uint32_t m_changedRegion;
     PixelRect m_area;
     QRect m_root;
-    std::uint64_t m_mapCount = 0;
+    std::uint64_t m_ownChanges = 0;
     bool m_isMonitorStale = true;
     bool m_isPlanStale = true;
     bool m_isRedirected = false;

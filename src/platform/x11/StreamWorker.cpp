@@ -206,15 +206,13 @@ Result<void> StreamWorker::capture() {
     if (m_picture->area().isEmpty())
         return {};
     PooledFrame frame = m_pool->take();
-    MediaTime stamp;
     for (int i = 0; i < maximumTries; ++i) {
-        stamp = m_clock->now();
-        TRY_LET(const bool isGood, paint(frame));
-        if (!isGood)
+        TRY_LET(const std::optional<MediaTime> stamp, paint(frame));
+        if (!stamp)
             continue;
         if (m_configuration.showsCursor)
             drawPointer(frame.pixels);
-        m_lastStamp = m_lastStamp.isNumeric() ? std::max(m_lastStamp, stamp) : stamp;
+        m_lastStamp = m_lastStamp.isNumeric() ? std::max(m_lastStamp, *stamp) : *stamp;
         deliver({std::move(frame.pixels), m_lastStamp});
         return {};
     }
@@ -222,12 +220,12 @@ Result<void> StreamWorker::capture() {
     return {};
 }
 
-/// Whether the frame may be used.
-Result<bool> StreamWorker::paint(const PooledFrame& frame) {
+/// When the picture was taken; nothing when it must not be used.
+Result<std::optional<MediaTime>> StreamWorker::paint(const PooledFrame& frame) {
     TRY(m_picture->update());
     const PixelRect area = m_picture->area();
     if (area.isEmpty())
-        return false;
+        return std::nullopt;
     const FrameFit fit = fitInto(area.width, area.height, m_configuration.width, m_configuration.height);
     if (fit.isPlain) {
         m_picture->paint(frame.picture);
@@ -238,8 +236,9 @@ Result<bool> StreamWorker::paint(const PooledFrame& frame) {
         m_scaled->paint(frame.picture, m_configuration.width, m_configuration.height, fit);
     }
     TRY(m_pool->finish(frame));
+    const MediaTime stamp = m_clock->now();
     readEvents();
-    return !m_picture->isSpoiled();
+    return m_picture->isSpoiled() ? std::nullopt : std::optional(stamp);
 }
 
 void StreamWorker::drawPointer(PixelBuffer& pixels) {

@@ -50,7 +50,7 @@ private:
     void pollPointer();
     void recheck();
     Result<void> capture();
-    Result<bool> paint(const PooledFrame& frame);
+    Result<std::optional<MediaTime>> paint(const PooledFrame& frame);
     void drawPointer(PixelBuffer& pixels);
     void deliver(ScreenFrame frame);
     void end(const Result<void>& outcome);

@@ -22,19 +22,25 @@ void X11TopLevels::handle(const xcb_generic_event_t& event) {
         forget(destroyed.event, destroyed.window);
         break;
     }
-    case XCB_MAP_NOTIFY: {
-        const auto& mapped = reinterpret_cast<const xcb_map_notify_event_t&>(event);
-        forget(mapped.event, mapped.window);
-        ++m_mapCount;
-        break;
-    }
     case XCB_REPARENT_NOTIFY: {
         const auto& reparented = reinterpret_cast<const xcb_reparent_notify_event_t&>(event);
         forget(reparented.event, reparented.window);
-        forget(reparented.event, reparented.parent);
+        // A frame stays ours though its window may leave it again before it is looked at.
+        if (reparented.event == m_connection.root() && reparented.parent != m_connection.root() &&
+            m_ownWindows.owns(reparented.window))
+            m_knownOwners[reparented.parent] = true;
         break;
     }
-    case XCB_UNMAP_NOTIFY:
+    case XCB_MAP_NOTIFY: {
+        const auto& mapped = reinterpret_cast<const xcb_map_notify_event_t&>(event);
+        noteChange(mapped.event, mapped.window);
+        break;
+    }
+    case XCB_UNMAP_NOTIFY: {
+        const auto& unmapped = reinterpret_cast<const xcb_unmap_notify_event_t&>(event);
+        noteChange(unmapped.event, unmapped.window);
+        break;
+    }
     case XCB_CONFIGURE_NOTIFY:
     case XCB_CIRCULATE_NOTIFY:
         m_isStale = true;
@@ -42,6 +48,14 @@ void X11TopLevels::handle(const xcb_generic_event_t& event) {
     default:
         break;
     }
+}
+
+void X11TopLevels::noteChange(xcb_window_t parent, xcb_window_t window) {
+    if (parent != m_connection.root() || isOfConnection(window))
+        return;
+    m_isStale = true;
+    if (isOwn(window))
+        ++m_ownChanges;
 }
 
 /// Who owns a window may change with the event.
@@ -67,7 +81,8 @@ void X11TopLevels::refresh() {
     for (int i = 0; i < count; ++i) {
         const auto attributes = x.reply(xcb_get_window_attributes_reply, requests[std::size_t(i)].first);
         const auto geometry = x.reply(xcb_get_geometry_reply, requests[std::size_t(i)].second);
-        if (!attributes || !geometry || attributes->_class != XCB_WINDOW_CLASS_INPUT_OUTPUT)
+        if (!attributes || !geometry || attributes->_class != XCB_WINDOW_CLASS_INPUT_OUTPUT ||
+            isOfConnection(children[i]))
             continue;
         X11TopLevel window;
         window.window = children[i];
@@ -78,6 +93,10 @@ void X11TopLevels::refresh() {
         window.isOwn = isOwn(children[i]);
         m_windows.push_back(window);
     }
+}
+
+bool X11TopLevels::isOfConnection(xcb_window_t window) const {
+    return m_connection.clientOf(window) == m_connection.ownClient();
 }
 
 bool X11TopLevels::isOwn(xcb_window_t window) {

@@ -31,25 +31,27 @@ public:
     void handle(const xcb_generic_event_t& event);
     /// Whether events told of changes since the list was read.
     bool isStale() const { return m_isStale; }
-    /// How many windows have come onto the screen so far, also those that are gone again.
-    std::uint64_t mapCount() const { return m_mapCount; }
+    /// How often one of ours has come onto the screen or left it so far, also those that are long gone.
+    std::uint64_t ownChanges() const { return m_ownChanges; }
     /// Reads the list again.
     void refresh();
-    /// From the bottom to the top.
+    /// From the bottom to the top, without what this connection made.
     const std::vector<X11TopLevel>& windows() const { return m_windows; }
     const X11OwnWindows& ownWindows() const { return m_ownWindows; }
 
 private:
+    void noteChange(xcb_window_t parent, xcb_window_t window);
     void forget(xcb_window_t parent, xcb_window_t window);
     bool isOwn(xcb_window_t window);
+    bool isOfConnection(xcb_window_t window) const;
 
     const X11Connection& m_connection;
     X11OwnWindows m_ownWindows;
     std::vector<X11TopLevel> m_windows;
-    /// Answers that hold until the window is mapped, reparented or destroyed.
+    /// Answers that hold as long as the window is a child of the root.
     std::map<xcb_window_t, bool> m_knownOwners;
     bool m_isStale = true;
-    std::uint64_t m_mapCount = 0;
+    std::uint64_t m_ownChanges = 0;
 };
 
 } // namespace keldra
