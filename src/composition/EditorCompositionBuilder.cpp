@@ -70,6 +70,27 @@ Result<const CompositionTrack*> placePicture(const EditorSegment& clip, const As
     return &track;
 }
 
+/// Places the piece of each of the file's sounds that the clip plays. The sounds of one clip never share a track.
+Result<void> placeSounds(const EditorSegment& clip, const AssetPtr& asset, bool hasLiveClickTrack,
+                         TrackSlots& audioSlots, QList<EditorAudioPlacementRecord>& placements) {
+    const MediaTimeRange target{timelineTime(clip.timelineStart), timelineTime(clip.duration)};
+    for (const AssetTrack& source : asset->tracks()) {
+        if (source.kind != MediaKind::audio)
+            continue;
+        const MediaTimeRange wanted{timelineTime(clip.sourceStart), target.duration};
+        const MediaTimeRange piece = wanted.intersection(source.timeRange);
+        if (piece.isEmpty())
+            continue;
+        CompositionTrack& track = audioSlots.take(target);
+        TRY(track.insertTimeRange(piece, asset, source.index, target.start + (piece.start - wanted.start)));
+        EditorAudioPlacementRecord placement{track.trackID(), clip.id, clip.trackIndex, target};
+        if (hasLiveClickTrack && isLiveClickTrack(source))
+            placement.segmentID.reset();
+        placements.append(placement);
+    }
+    return {};
+}
+
 QCoro::Task<Result<EditorCompositionOutput>> buildOutput(AssetLoader loadAsset, EditorProject project) {
     const auto settings = videoSettings(project);
     if (!settings)
@@ -78,6 +99,7 @@ QCoro::Task<Result<EditorCompositionOutput>> buildOutput(AssetLoader loadAsset, 
     AssetCache assets(std::move(loadAsset));
     const auto composition = std::make_shared<Composition>();
     TrackSlots videoSlots(*composition, MediaKind::video);
+    TrackSlots audioSlots(*composition, MediaKind::audio);
     const CanvasStyle style = project.style();
     const QList<EditorSegment> clips = visibleSegments(project);
     PlacedPictures pictures;
@@ -86,15 +108,19 @@ QCoro::Task<Result<EditorCompositionOutput>> buildOutput(AssetLoader loadAsset, 
         const Result<AssetPtr> asset = co_await assets.open(mediaOf(clip, project));
         if (!asset)
             co_return fail(asset.error());
-        if (track(project, clip.trackIndex).kind != EditorTrackKind::video)
-            continue;
-        const auto placed = placePicture(clip, *asset, videoSlots);
-        if (!placed)
-            co_return fail(placed.error());
-        if (!*placed)
-            continue;
-        pictures.insert(clip.id, {(*placed)->trackID(), placeOf(*firstVideoTrack(**asset), *settings, style)});
-        output.videoTrackIDsBySegment.insert(clip.id, (*placed)->trackID());
+        if (track(project, clip.trackIndex).kind == EditorTrackKind::video) {
+            const auto placed = placePicture(clip, *asset, videoSlots);
+            if (!placed)
+                co_return fail(placed.error());
+            if (const CompositionTrack* picture = *placed) {
+                pictures.insert(clip.id, {picture->trackID(), placeOf(*firstVideoTrack(**asset), *settings, style)});
+                output.videoTrackIDsBySegment.insert(clip.id, picture->trackID());
+            }
+        }
+        const auto sounded =
+            placeSounds(clip, *asset, project.hasLiveClickTrack.value_or(false), audioSlots, output.audioPlacements);
+        if (!sounded)
+            co_return fail(sounded.error());
     }
 
     if (!pictures.isEmpty()) {
@@ -103,6 +129,7 @@ QCoro::Task<Result<EditorCompositionOutput>> buildOutput(AssetLoader loadAsset, 
             co_return fail(videoComposition.error());
         output.videoComposition = std::move(*videoComposition);
     }
+    output.audioMix = audioMix(project, *composition, std::nullopt, output.audioPlacements);
     output.composition = composition;
     co_return output;
 }

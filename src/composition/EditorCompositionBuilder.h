@@ -2,6 +2,7 @@
 
 #include "base/Result.h"
 #include "composition/AssetCache.h"
+#include "composition/AudioPlacement.h"
 #include "media/Composition.h"
 #include "media/EditorCompositionError.h"
 #include "media/VideoComposition.h"
@@ -23,8 +24,12 @@ struct EditorCompositionOutput {
     std::shared_ptr<const Composition> composition;
     /// Not set when no clip placed a picture.
     std::optional<VideoComposition> videoComposition;
+    /// Not set when no clip placed a sound.
+    std::optional<AudioMix> audioMix;
     /// The composition track of each clip that placed a picture.
     QHash<QUuid, std::int32_t> videoTrackIDsBySegment;
+    /// Every sound that was placed: audioMix() makes the mix anew from them.
+    QList<EditorAudioPlacementRecord> audioPlacements;
 };
 
 /// Turns projects into compositions, for preview and export alike. Holds nothing of a project; it may go while a build

@@ -24,9 +24,10 @@ QUuid id(int number) {
 class BuilderTest : public ::testing::Test {
 protected:
     BuilderTest() {
-        files.add("/a.mov", {audioTrack(0, 10), videoTrack(1, 0, 10)});
+        files.add("/a.mov", {audioTrack(0, 0, 10), videoTrack(1, 0, 10)});
+        files.add("/silent.mov", {videoTrack(1, 0, 10)});
         files.add("/b.mov", {videoTrack(0, 0, 10, {360, 640})});
-        files.add("/sound.wav", {audioTrack(0, 10)});
+        files.add("/sound.wav", {audioTrack(0, 0, 10)});
         project.sourceURL = QUrl::fromLocalFile("/a.mov");
         project.frameRate = 30;
         project.canvasWidth = 640;
@@ -65,6 +66,7 @@ protected:
 };
 
 TEST_F(BuilderTest, ClipsShareTracksAsFarAsTheyDoNotOverlap) {
+    project.sourceURL = QUrl::fromLocalFile("/silent.mov");
     addClip(1, 0, 2, 0);
     addClip(2, 1, 2, 1);
     addClip(3, 1.5, 1, 5);
@@ -84,7 +86,8 @@ TEST_F(BuilderTest, ClipsShareTracksAsFarAsTheyDoNotOverlap) {
     EXPECT_EQ(layerTracks(video, 2), (std::vector<int>{3, 2, 1}));
     EXPECT_EQ(video.instructions[2]->timeRange, (MediaTimeRange{MediaTime(3, 2), MediaTime(1, 2)}));
     EXPECT_EQ(layerTracks(video, 3), (std::vector<int>{3, 2, 1}));
-    EXPECT_EQ(files.openCount["/a.mov"], 1);
+    EXPECT_FALSE(output.audioMix);
+    EXPECT_EQ(files.openCount["/silent.mov"], 1);
 }
 
 TEST_F(BuilderTest, PiecesAreWhatTheMediaHolds) {
@@ -115,6 +118,39 @@ TEST_F(BuilderTest, ATrackThatStartsLateGivesWhatItHas) {
     EXPECT_EQ(segment.target, MediaTime::zero());
 }
 
+TEST_F(BuilderTest, EverySoundOfAFileIsPlacedInTime) {
+    AssetTrack clicks = audioTrack(2, 0, 10, 1);
+    clicks.codecName = "pcm_f32le";
+    files.add("/take.mov", {videoTrack(0, 0, 10), audioTrack(1, 0.5, 3), clicks});
+    project.sourceURL = QUrl::fromLocalFile("/take.mov");
+    project.hasLiveClickTrack = true;
+    project.tracks = QList<EditorTrack>{{id(90), 1, EditorTrackKind::audio, false}};
+    addClip(1, 0, 2);
+    addClip(2, 1, 1, 1, 6);
+    addClip(3, 2, 1, 0, 1);
+    const auto output = build().value();
+    const Composition& composition = *output.composition;
+    EXPECT_EQ(output.videoTrackIDsBySegment.size(), 2) << "a row of sounds shows nothing";
+    EXPECT_EQ(composition.tracks().size(), 4u);
+
+    const MediaTimeRange first{MediaTime::zero(), MediaTime(2, 1)};
+    const MediaTimeRange second{MediaTime(1, 1), MediaTime(1, 1)};
+    const MediaTimeRange third{MediaTime(2, 1), MediaTime(1, 1)};
+    EXPECT_EQ(output.audioPlacements, (QList<EditorAudioPlacementRecord>{{2, id(1), 0, first},
+                                                                         {3, {}, 0, first},
+                                                                         {4, {}, 1, second}, // its voice has ended
+                                                                         {2, id(3), 0, third},
+                                                                         {3, {}, 0, third}}));
+    const CompositionSegment& late = composition.track(2)->segments().at(0);
+    EXPECT_EQ(late.source, (MediaTimeRange{MediaTime(1, 2), MediaTime(3, 2)}));
+    EXPECT_EQ(late.target, MediaTime(1, 2)) << "in step with the picture";
+    EXPECT_EQ(late.trackIndex, 1);
+    EXPECT_EQ(composition.track(2)->segments().at(1).source, (MediaTimeRange{MediaTime(1, 1), MediaTime(1, 1)}));
+
+    project.hasLiveClickTrack.reset();
+    EXPECT_EQ(build().value().audioPlacements.at(1).segmentID, id(1)) << "no clicks unless the project says so";
+}
+
 TEST_F(BuilderTest, WhatPlacesNoPictureBuildsNoVideo) {
     project.tracks = QList<EditorTrack>{{id(90), 0, EditorTrackKind::audio, false}};
     addClip(1, 0, 5);
@@ -123,6 +159,8 @@ TEST_F(BuilderTest, WhatPlacesNoPictureBuildsNoVideo) {
     const auto output = build().value();
     EXPECT_FALSE(output.videoComposition);
     EXPECT_TRUE(output.videoTrackIDsBySegment.isEmpty());
+    EXPECT_EQ(output.audioMix->parameters.size(), 2u);
+    EXPECT_EQ(output.composition->duration(), MediaTime(5, 1));
     project.segments.clear();
     EXPECT_EQ(build().value().composition->duration(), MediaTime::zero());
 }
@@ -233,13 +271,13 @@ TEST_F(BuilderTest, TheBuilderMayGoWhileItsBuildWaits) {
 TEST(SourceFacts, ComeFromTheFirstVideoTrack) {
     const AssetPtr asset = Asset::withTracks(
         "/a.mov", MediaTime(5, 2),
-        {audioTrack(0, 2), videoTrack(1, 0, 2, {640, 360}, {0, 1, -1, 0, 360, 0}), videoTrack(2, 0, 2, {20, 20})});
+        {audioTrack(0, 0, 2), videoTrack(1, 0, 2, {640, 360}, {0, 1, -1, 0, 360, 0}), videoTrack(2, 0, 2, {20, 20})});
     const SourceFacts facts = sourceFacts(*asset);
     EXPECT_EQ(facts.durationSeconds, 2.5);
     EXPECT_EQ(facts.video->nominalFrameRate, 30);
     const EditorProject project = makeFreshProject(QUrl("file:///a.mov"), false, facts, QDateTime::currentDateTime());
     EXPECT_EQ(QSizeF(project.canvasWidth, project.canvasHeight), QSizeF(360, 640));
-    EXPECT_FALSE(sourceFacts(*Asset::withTracks("/a.wav", MediaTime(1, 1), {audioTrack(0, 1)})).video);
+    EXPECT_FALSE(sourceFacts(*Asset::withTracks("/a.wav", MediaTime(1, 1), {audioTrack(0, 0, 1)})).video);
 }
 
 } // namespace

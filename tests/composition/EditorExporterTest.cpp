@@ -170,7 +170,9 @@ TEST_F(ExporterTest, WhatCannotStartKeepsTheOldFile) {
     EXPECT_EQ(message(), systemError(2, "/gone.mov").message);
     EXPECT_TRUE(QFile::exists(path));
     EXPECT_TRUE(reports.empty());
-    EXPECT_EQ(exportSessionJobs()({std::make_shared<Composition>(), {}, {}}), nullptr) << "nothing to export";
+    EditorCompositionOutput empty;
+    empty.composition = std::make_shared<Composition>();
+    EXPECT_EQ(exportSessionJobs()(empty), nullptr) << "nothing to export";
 }
 
 TEST_F(ExporterTest, AnExporterThatGoesCancelsAndFallsSilent) {

@@ -21,13 +21,13 @@ inline AssetTrack videoTrack(int index, double start, double duration, Size size
     return track;
 }
 
-inline AssetTrack audioTrack(int index, double duration) {
+inline AssetTrack audioTrack(int index, double start, double duration, int channelCount = 2) {
     AssetTrack track;
     track.index = index;
     track.kind = MediaKind::audio;
-    track.timeRange = {MediaTime::zero(), MediaTime::fromSeconds(duration, 48000)};
+    track.timeRange = {MediaTime::fromSeconds(start, 48000), MediaTime::fromSeconds(duration, 48000)};
     track.sampleRate = 48000;
-    track.channelCount = 2;
+    track.channelCount = channelCount;
     return track;
 }
 
