@@ -103,13 +103,14 @@ TEST_P(OwnWindows, areLeftOutHoweverFastTheyComeAndGo) {
         isFollowed = isFollowed && isDone;
     });
     // Each stream starts anew.
-    for (int i = 0; i < 8; ++i) {
-        const auto stream = watch();
-        EXPECT_TRUE(stream->waitForCount(5));
-        EXPECT_TRUE(becomesWhole(*stream));
-    }
+    for (int i = 0; i < 8; ++i)
+        EXPECT_TRUE(watch()->waitForCount(5));
+    const auto stream = watch();
+    EXPECT_TRUE(stream->waitForCount(5));
     others.sync([&] { toggling.cancel(); });
     desk.hands.destroyWindow(restless);
+    // Only now: a restless window may uncover the scene more often than it paints.
+    EXPECT_TRUE(becomesWhole(*stream));
     EXPECT_TRUE(isFollowed);
     EXPECT_GE(seen, 40);
     EXPECT_EQ(exposed, 0);
