@@ -4,6 +4,7 @@
 #include "composition/RoundedCornerMask.h"
 #include "composition/Transforms.h"
 #include "imaging/Blur.h"
+#include "imaging/Convert.h"
 #include "project/CanvasGeometry.h"
 #include "project/Clean.h"
 
@@ -71,7 +72,17 @@ ClipShape makeClipShape(const ClipShapeKey& key) {
     shape.coverage =
         Coverage(toEdges(key.videoRect), placed ? &*placed : nullptr, {0, 0, key.canvas.width(), key.canvas.height()});
     addShadow(shape, key, mask);
+    shape.halfCoverage = Coverage(halved(shape.coverage.plane()));
+    shape.halfShadow = halved(shape.shadow);
+    shape.planarShadowColor = planarColor(shape.shadowColor);
     return shape;
+}
+
+void blendShadowRow(const ClipShape& shape, int y, std::uint8_t* row) {
+    constexpr std::ptrdiff_t bytesPerPixel = 4;
+    const PixelRect& bounds = shape.shadow.bounds();
+    if (y >= bounds.y && y < bounds.bottom())
+        blendColorCovered(row + bounds.x * bytesPerPixel, shape.shadowColor, shape.shadow.row(y), bounds.width);
 }
 
 std::shared_ptr<const ClipShape> ClipShapeCache::find(const ClipShapeKey& key) {

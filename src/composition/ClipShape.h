@@ -7,6 +7,8 @@
 #include <QRectF>
 #include <QSize>
 
+#include <array>
+#include <cstdint>
 #include <list>
 #include <memory>
 
@@ -29,7 +31,15 @@ struct ClipShape {
     /// Empty bounds when there is none.
     GreyPlane shadow;
     PremultipliedColor shadowColor;
+    /// Both at half size, for planes of chroma.
+    Coverage halfCoverage;
+    GreyPlane halfShadow;
+    /// The shadow's colour as 4:2:0 numbers.
+    std::array<std::uint8_t, 3> planarShadowColor{};
 };
+
+/// Lays the shadow on row `y` of a BGRA picture of the canvas.
+void blendShadowRow(const ClipShape& shape, int y, std::uint8_t* row);
 
 ClipShape makeClipShape(const ClipShapeKey& key);
 

@@ -1,13 +1,10 @@
 #pragma once
 
-#include "composition/ClipShape.h"
-#include "composition/EditorCompositorInstruction.h"
+#include "composition/FrameLayers.h"
+#include "composition/Underlay.h"
 #include "imaging/Resample.h"
 
-#include <QImage>
-
 #include <cstdint>
-#include <functional>
 #include <vector>
 
 namespace keldra {
@@ -19,33 +16,20 @@ namespace keldra {
 /// kept, keyed by all that it is made from; a frame then touches every pixel once, row by row. One thread at a time.
 class FrameComposer {
 public:
-    /// The picture of a composition track at the frame's time; none where the track has none.
-    using SourceFrames = std::function<PixelBuffer(std::int32_t trackID)>;
-
     /// Draws the frame at `seconds` of the timeline over all of `target` (BGRA, of the canvas's size).
     void compose(const EditorCompositorInstruction& instruction, double seconds, const SourceFrames& sourceFrame,
                  PixelBuffer& target);
 
 private:
-    /// A layer that has a picture in this frame. Kept between frames for its memory.
+    /// What a layer's rows are made with. Kept between frames for its memory.
     struct Drawn {
-        std::shared_ptr<const ClipShape> shape;
-        std::uint8_t opacity = 255;
         PixelBuffer turned;
         RowResampler rows;
-    };
-    /// The background with the lowest layer's shadow on it.
-    struct Underlay {
-        CanvasBackground background;
-        qint64 pictureKey = 0;
-        std::shared_ptr<const ClipShape> shadowOf;
-        PixelBuffer plain;
-        PixelBuffer pixels;
+        bool hasRows = false;
     };
 
-    void prepareLayer(const EditorCompositorInstruction& instruction, const EditorCompositorInstruction::Layer& layer,
-                      double seconds, const PixelBuffer& source, const QSize& canvas);
-    void prepareUnderlay(const CanvasBackground& background, const QSize& canvas);
+    /// False when there is nothing to draw.
+    static bool beginRows(const FrameLayer& layer, Drawn& drawn);
     /// One row of a layer's picture.
     struct LayerRow {
         /// From the layer's left bound on; null where the layer has no pixel.
@@ -54,15 +38,15 @@ private:
         int hiddenBegin = 0;
         int hiddenEnd = 0;
     };
-    static LayerRow rowOf(Drawn& layer, int y);
-    void drawRow(int y, PixelBuffer& target);
-    void drawLayerRow(const Drawn& layer, const LayerRow& layerRow, int y, std::uint8_t* row);
+    LayerRow rowOf(std::size_t layer, int y);
+    void drawRow(int y, const PixelBuffer& underlay, PixelBuffer& target);
+    void drawLayerRow(const FrameLayer& layer, const LayerRow& layerRow, int y, std::uint8_t* row);
 
     ClipShapeCache m_shapes;
     Underlay m_underlay;
-    std::vector<Drawn> m_layers;
-    /// How many of them this frame has, lowest first.
-    std::size_t m_layerCount = 0;
+    /// Of this frame, lowest first; and by the same number what their rows are made with.
+    std::vector<FrameLayer> m_layers;
+    std::vector<Drawn> m_drawn;
     std::vector<std::uint8_t> m_coverage;
 };
 

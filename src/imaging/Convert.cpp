@@ -1,17 +1,12 @@
 #include "imaging/Convert.h"
 
+#include "imaging/Kernel.h"
+
 #include <cassert>
 #include <cstdint>
 
-// Plain loops that the compiler turns into vectors, once for AVX2 and once for any machine. libyuv has no BT.709 road
+// libyuv has no BT.709 road
 // from RGB, and its road back cannot hold BT.709's blue weight (2.11) on x86: saturated blues come out 14 too dark.
-// The thread sanitizer is not up yet when the choice between the copies is made, so there it gets one copy only.
-#if defined(__x86_64__) && !defined(__SANITIZE_THREAD__)
-#define KELDRA_KERNEL __attribute__((target_clones("avx2", "default"), optimize("O3")))
-#else
-#define KELDRA_KERNEL __attribute__((optimize("O3")))
-#endif
-
 namespace keldra {
 namespace {
 
@@ -56,7 +51,7 @@ const Pixel* pixels(const PixelBuffer& buffer, int y) {
     return reinterpret_cast<const Pixel*>(buffer.row(0, y));
 }
 
-KELDRA_KERNEL void lumaRow(const Pixel* __restrict source, Byte* __restrict luma, int width) {
+KELDRA_ROW_KERNEL void lumaRow(const Pixel* __restrict source, Byte* __restrict luma, int width) {
     for (int x = 0; x < width; ++x) {
         const Pixel pixel = source[x];
         const Pixel blue = pixel & 255;
@@ -82,8 +77,8 @@ inline void chromaOfBlock(Pixel a, Pixel b, Pixel c, Pixel d, Byte& u, Byte& v) 
     v = Byte((vRed * red + vGreen * green + vBlue * blue + offset) >> bits);
 }
 
-KELDRA_KERNEL void chromaRow(const Pixel* __restrict upper, const Pixel* __restrict lower, Byte* __restrict u,
-                             Byte* __restrict v, int pairs) {
+KELDRA_ROW_KERNEL void chromaRow(const Pixel* __restrict upper, const Pixel* __restrict lower, Byte* __restrict u,
+                                 Byte* __restrict v, int pairs) {
     for (int x = 0; x < pairs; ++x)
         chromaOfBlock(upper[2 * x], upper[2 * x + 1], lower[2 * x], lower[2 * x + 1], u[x], v[x]);
 }
@@ -98,8 +93,8 @@ inline Pixel pixelOf(int luma, int blue, int green, int red) {
     return channel(grey + blue) | channel(grey + green) << 8 | channel(grey + red) << 16 | 0xff000000u;
 }
 
-KELDRA_KERNEL void rgbRow(const Byte* __restrict luma, const Byte* __restrict uRow, const Byte* __restrict vRow,
-                          Pixel* __restrict target, int pairs) {
+KELDRA_ROW_KERNEL void rgbRow(const Byte* __restrict luma, const Byte* __restrict uRow, const Byte* __restrict vRow,
+                              Pixel* __restrict target, int pairs) {
     for (int x = 0; x < pairs; ++x) {
         const int u = uRow[x] - chromaZero;
         const int v = vRow[x] - chromaZero;
@@ -152,6 +147,14 @@ void convertI420ToBgra(const PixelBuffer& source, PixelBuffer& target) {
             row[width - 1] = pixelOf(luma[width - 1], blueU * lastU, greenU * lastU + greenV * lastV, redV * lastV);
         }
     }
+}
+
+std::array<std::uint8_t, 3> planarColor(PremultipliedColor color) {
+    const Pixel pixel = Pixel(color.blue) | Pixel(color.green) << 8 | Pixel(color.red) << 16;
+    std::array<std::uint8_t, 3> planes{};
+    lumaRow(&pixel, planes.data(), 1);
+    chromaOfBlock(pixel, pixel, pixel, pixel, planes[1], planes[2]);
+    return planes;
 }
 
 } // namespace keldra

@@ -1,6 +1,10 @@
 #pragma once
 
+#include "imaging/Blend.h"
 #include "imaging/PixelBuffer.h"
+
+#include <array>
+#include <cstdint>
 
 namespace keldra {
 
@@ -10,5 +14,8 @@ void convertBgraToI420(const PixelBuffer& source, PixelBuffer& target);
 
 /// The reverse; alpha becomes opaque.
 void convertI420ToBgra(const PixelBuffer& source, PixelBuffer& target);
+
+/// One colour in the numbers of the three planes; alpha is ignored.
+std::array<std::uint8_t, 3> planarColor(PremultipliedColor color);
 
 } // namespace keldra

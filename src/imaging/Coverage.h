@@ -30,6 +30,7 @@ public:
     /// The rectangle, cut by the mask where there is one, as far as it lies inside `clip`. A side between two pixels
     /// covers its pixel in proportion; a mask between pixels is interpolated.
     Coverage(const Edges& shape, const PlacedMask* mask, const PixelRect& clip);
+    explicit Coverage(GreyPlane plane) : m_plane(std::move(plane)) { findFullRuns(); }
 
     const PixelRect& bounds() const { return m_plane.bounds(); }
     bool isEmpty() const { return bounds().isEmpty(); }

@@ -33,4 +33,7 @@ private:
     std::vector<std::uint8_t> m_values;
 };
 
+/// The plane at half its size: the mean of each block of two by two pixels that begins on even coordinates.
+GreyPlane halved(const GreyPlane& plane);
+
 } // namespace keldra
