@@ -1,25 +1,38 @@
 #include "composition/EditorVideoCompositor.h"
 
 #include "composition/EditorCompositorInstruction.h"
-#include "composition/FrameComposer.h"
+#include "composition/FrameDrawing.h"
+#include "imaging/Convert.h"
 #include "media/FrameRequest.h"
+
+#include <algorithm>
 
 namespace keldra {
 namespace {
 
-void answer(FrameRequest& request, FrameComposer& composer) {
+void blacken(PixelBuffer& target) {
+    constexpr PremultipliedColor black{0, 0, 0, 255};
+    if (target.format() == PixelFormat::bgra) {
+        for (int y = 0; y < target.height(); ++y)
+            fillRow(target.mutableRow(0, y), black, target.width());
+        return;
+    }
+    for (int plane = 0; plane < PixelBuffer::planeCount(target.format()); ++plane)
+        for (int y = 0; y < target.planeHeight(plane); ++y)
+            std::fill_n(target.mutableRow(plane, y), target.planeWidth(plane), planarColor(black)[std::size_t(plane)]);
+}
+
+void answer(FrameRequest& request, FrameDrawing& drawing) {
     PixelBuffer target = request.newPixelBuffer();
     if (!target)
         return request.finish(makeError(EditorCompositorError::couldNotCreatePixelBuffer));
     const auto* instruction = dynamic_cast<const EditorCompositorInstruction*>(&request.instruction());
     if (instruction) {
-        composer.compose(
+        drawing.draw(
             *instruction, request.compositionTime().seconds(),
             [&request](std::int32_t trackID) { return request.sourceFrame(trackID); }, target);
     } else {
-        constexpr PremultipliedColor black{0, 0, 0, 255};
-        for (int y = 0; y < target.height(); ++y)
-            fillRow(target.mutableRow(0, y), black, target.width());
+        blacken(target);
     }
     request.finish(std::move(target));
 }
@@ -31,14 +44,14 @@ Error makeError(EditorCompositorError code) {
 }
 
 EditorVideoCompositor::EditorVideoCompositor()
-    : m_renderQueue("com.keldra.editor.compositor"), m_composer(std::make_shared<FrameComposer>()) {}
+    : m_renderQueue("com.keldra.editor.compositor"), m_drawing(std::make_shared<FrameDrawing>()) {}
 
 EditorVideoCompositor::~EditorVideoCompositor() = default;
 
 void EditorVideoCompositor::startRequest(std::shared_ptr<FrameRequest> request) {
-    m_renderQueue.post([weakComposer = std::weak_ptr(m_composer), request = std::move(request)] {
-        if (const auto composer = weakComposer.lock())
-            answer(*request, *composer);
+    m_renderQueue.post([weakDrawing = std::weak_ptr(m_drawing), request = std::move(request)] {
+        if (const auto drawing = weakDrawing.lock())
+            answer(*request, *drawing);
         else
             request->finishCancelled();
     });

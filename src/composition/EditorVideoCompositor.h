@@ -8,7 +8,7 @@
 
 namespace keldra {
 
-class FrameComposer;
+class FrameDrawing;
 
 enum class EditorCompositorError {
     couldNotCreatePixelBuffer = 1, ///< without words of its own
@@ -26,9 +26,9 @@ public:
     void startRequest(std::shared_ptr<FrameRequest> request) override;
 
 private:
-    /// Outlives the composer, so that queued requests find it gone.
+    /// Outlives the drawing, so that queued requests find it gone.
     SerialQueue m_renderQueue;
-    std::shared_ptr<FrameComposer> m_composer;
+    std::shared_ptr<FrameDrawing> m_drawing;
 };
 
 } // namespace keldra

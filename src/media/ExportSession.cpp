@@ -66,9 +66,9 @@ private:
 
     Result<void> readFrames() {
         // What composed frames need beyond those under way: the compositor may keep one or two.
-        const auto pool = std::make_shared<PixelBufferPool>(PixelFormat::bgra, m_videoComposition.renderWidth,
+        const auto pool = std::make_shared<PixelBufferPool>(PixelFormat::i420, m_videoComposition.renderWidth,
                                                             m_videoComposition.renderHeight, framesUnderWay + 4);
-        CompositionReader reader(m_composition, {PixelFormat::bgra, 2});
+        CompositionReader reader(m_composition, {PixelFormat::i420, 2});
         std::shared_ptr<const VideoInstruction> lastInstruction;
         CompositionReader::Frames lastFrames;
         for (std::int64_t index = 0; index < m_frameCount; ++index) {

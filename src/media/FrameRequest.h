@@ -32,9 +32,9 @@ public:
     MediaTime compositionTime() const { return m_compositionTime; }
     int renderWidth() const { return m_pool->width(); }
     int renderHeight() const { return m_pool->height(); }
-    /// No picture when the track has none at this time. BGRA.
+    /// No picture when the track has none at this time. BGRA or 4:2:0.
     PixelBuffer sourceFrame(std::int32_t trackID) const;
-    /// A BGRA buffer of the render size to compose into; no picture when none can be had.
+    /// A buffer of the render size to compose into, in the format that is asked for; no picture when none can be had.
     PixelBuffer newPixelBuffer() { return m_pool->take(); }
 
     void finish(PixelBuffer frame);

@@ -70,6 +70,12 @@ bool isRgb(AVPixelFormat format) {
     return description != nullptr && (description->flags & (AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_PAL)) != 0;
 }
 
+bool hasFinerChroma(AVPixelFormat format) {
+    const AVPixFmtDescriptor* description = av_pix_fmt_desc_get(format);
+    const bool isColoured = description != nullptr && description->nb_components >= 3;
+    return isColoured && (isRgb(format) || description->log2_chroma_w < 1 || description->log2_chroma_h < 1);
+}
+
 bool mayBeTransparent(AVPixelFormat format) {
     const AVPixFmtDescriptor* description = av_pix_fmt_desc_get(format);
     return description != nullptr && (description->flags & AV_PIX_FMT_FLAG_ALPHA) != 0;
@@ -115,6 +121,7 @@ Result<PixelBuffer> PictureConverter::convert(FramePtr frame, AVRational sampleA
             return fail(mediaError(MediaError::noPicture, "The movie's picture is too large."));
         m_width = width;
         m_height = frame->height;
+        m_format = hasFinerChroma(AVPixelFormat(frame->format)) ? PixelFormat::bgra : m_wanted;
     }
     const Colours colours = coloursOf(*frame);
     const bool isOurs = colours.format == AV_PIX_FMT_YUV420P && colours.matrix == SWS_CS_ITU709 &&

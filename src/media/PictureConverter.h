@@ -15,7 +15,8 @@ namespace keldra {
 /// An ordinary 4:2:0 frame is not copied; others go through libswscale. Belongs to one thread at a time.
 class PictureConverter {
 public:
-    explicit PictureConverter(PixelFormat format) : m_format(format) {}
+    /// Asked for 4:2:0 it gives BGRA where chroma is finer than that.
+    explicit PictureConverter(PixelFormat format) : m_wanted(format) {}
 
     /// `sampleAspectRatio` is the width of a pixel over its height.
     [[nodiscard]] Result<PixelBuffer> convert(FramePtr frame, AVRational sampleAspectRatio);
@@ -28,7 +29,9 @@ private:
     PixelBuffer newPicture(PixelFormat format);
     [[nodiscard]] Result<void> scale(const AVFrame& frame, PixelBuffer& target);
 
-    PixelFormat m_format;
+    PixelFormat m_wanted;
+    /// What the movie's pictures come as.
+    PixelFormat m_format = PixelFormat::bgra;
     int m_width = 0;
     int m_height = 0;
     std::unique_ptr<PixelBufferPool> m_pool;

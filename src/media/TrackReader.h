@@ -21,6 +21,7 @@ struct VideoFrame {
 class TrackReader {
 public:
     struct Options {
+        /// What is wanted. Asked for 4:2:0, a movie with finer chroma gives BGRA.
         PixelFormat format = PixelFormat::bgra;
         int threadCount = 2;
     };

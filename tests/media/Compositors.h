@@ -4,6 +4,7 @@
 #include "media/FrameRequest.h"
 #include "media/VideoComposition.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstring>
 #include <functional>
@@ -23,18 +24,28 @@ public:
             }
             const auto& tracks = request->instruction().requiredSourceTrackIDs;
             const PixelBuffer source = tracks.empty() ? PixelBuffer() : request->sourceFrame(tracks.front());
-            for (int y = 0; y < target.height(); ++y) {
-                if (source && y < source.height())
-                    std::memcpy(target.mutableRow(0, y), source.row(0, y),
-                                std::size_t(4 * std::min(source.width(), target.width())));
-                else
-                    std::memset(target.mutableRow(0, y), 0, std::size_t(4 * target.width()));
-            }
+            fill(target, source);
             request->finish(target);
         });
     }
 
 private:
+    /// Sources and targets of these tests have one format.
+    static void fill(PixelBuffer& target, const PixelBuffer& source) {
+        const bool isPlanar = target.format() == PixelFormat::i420;
+        for (int plane = 0; plane < PixelBuffer::planeCount(target.format()); ++plane) {
+            const int pixelBytes = isPlanar ? 1 : 4;
+            for (int y = 0; y < target.planeHeight(plane); ++y) {
+                std::uint8_t* row = target.mutableRow(plane, y);
+                const int black = !isPlanar ? 0 : plane == 0 ? 16 : 128;
+                std::memset(row, black, std::size_t(pixelBytes * target.planeWidth(plane)));
+                if (source && y < source.planeHeight(plane))
+                    std::memcpy(row, source.row(plane, y),
+                                std::size_t(pixelBytes * std::min(source.planeWidth(plane), target.planeWidth(plane))));
+            }
+        }
+    }
+
     SerialQueue m_queue{"test.compositor"};
 };
 

@@ -150,6 +150,7 @@ TEST(TrackReader, HonoursEditLists) {
 struct ColourRow {
     const char* name;
     std::string arguments;
+    bool hasFinerChroma = false;
 };
 
 class TrackReaderColours : public testing::TestWithParam<ColourRow> {};
@@ -160,12 +161,14 @@ TEST_P(TrackReaderColours, ComeOutAsTheyWentIn) {
     runFfmpeg("-f lavfi -i color=0x2060c0:s=64x64:r=10:d=0.3,format=gbrp " + GetParam().arguments + "'" + path + "'");
     const auto asset = Asset::open(path);
     ASSERT_TRUE(asset) << asset.error().message;
-    for (const PixelFormat format : {PixelFormat::bgra, PixelFormat::i420}) {
-        const auto reader = TrackReader::open(*asset, 0, {format, 1});
+    for (const PixelFormat wanted : {PixelFormat::bgra, PixelFormat::i420}) {
+        const PixelFormat format = GetParam().hasFinerChroma ? PixelFormat::bgra : wanted;
+        const auto reader = TrackReader::open(*asset, 0, {wanted, 1});
         ASSERT_TRUE(reader) << reader.error().message;
         const auto frame = (*reader)->next();
         ASSERT_TRUE(frame && *frame);
         const PixelBuffer& picture = (**frame).pixels;
+        ASSERT_EQ(picture.format(), format);
         // 0x2060c0 in BT.709 limited: computed by hand from the standard's formula.
         const std::vector<int> expected =
             format == PixelFormat::bgra ? std::vector{0xc0, 0x60, 0x20, 0xff} : std::vector{93, 177, 96};
@@ -188,9 +191,11 @@ INSTANTIATE_TEST_SUITE_P(
         ColourRow{"untaggedSmall", "-vf scale=out_color_matrix=bt601,format=yuv420p -c:v libx264 -qp 1 "},
         ColourRow{"bt2020TenBits", "-vf scale=out_color_matrix=bt2020,format=yuv420p10le -colorspace bt2020nc -c:v "
                                    "libx264 -qp 1 "},
-        ColourRow{"bt709FourTwoTwo", "-vf scale=out_color_matrix=bt709,format=yuv422p -colorspace bt709 -c:v libx264 "
-                                     "-qp 1 "},
-        ColourRow{"rgb", "-c:v qtrle -pix_fmt rgb24 "}),
+        ColourRow{"bt709FourTwoTwo",
+                  "-vf scale=out_color_matrix=bt709,format=yuv422p -colorspace bt709 -c:v libx264 "
+                  "-qp 1 ",
+                  true},
+        ColourRow{"rgb", "-c:v qtrle -pix_fmt rgb24 ", true}),
     [](const auto& row) { return row.param.name; });
 
 TEST(TrackReader, MakesPixelsSquare) {
