@@ -2,8 +2,9 @@
 
 namespace keldra {
 
-CompositionReader::CompositionReader(std::shared_ptr<const Composition> composition, TrackReader::Options options)
-    : m_composition(std::move(composition)), m_options(options) {}
+CompositionReader::CompositionReader(std::shared_ptr<const Composition> composition, TrackReader::Options options,
+                                     std::shared_ptr<PictureCache> cache)
+    : m_composition(std::move(composition)), m_options(options), m_cache(std::move(cache)) {}
 
 Result<CompositionReader::Frames> CompositionReader::framesAt(MediaTime time,
                                                               const std::vector<std::int32_t>& trackIDs) {

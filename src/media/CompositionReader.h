@@ -3,6 +3,7 @@
 #include "base/Result.h"
 #include "imaging/PixelBuffer.h"
 #include "media/Composition.h"
+#include "media/PictureCache.h"
 #include "media/TrackReader.h"
 
 #include <cstdint>
@@ -18,7 +19,9 @@ class CompositionReader {
 public:
     using Frames = std::map<std::int32_t, PixelBuffer>;
 
-    CompositionReader(std::shared_ptr<const Composition> composition, TrackReader::Options options);
+    /// With a cache, pictures that are kept there are not decoded, and those decoded are kept.
+    CompositionReader(std::shared_ptr<const Composition> composition, TrackReader::Options options,
+                      std::shared_ptr<PictureCache> cache = nullptr);
 
     /// By track; a track without a picture at `time` is left out.
     [[nodiscard]] Result<Frames> framesAt(MediaTime time, const std::vector<std::int32_t>& trackIDs);
@@ -35,6 +38,7 @@ private:
 
     std::shared_ptr<const Composition> m_composition;
     TrackReader::Options m_options;
+    std::shared_ptr<PictureCache> m_cache;
     std::map<std::int32_t, Source> m_sources;
 };
 

@@ -16,9 +16,7 @@ public:
         : m_decoder(std::move(decoder)), m_converter(format) {}
 
     Result<void> seek(MediaTime time) override {
-        // Far beyond any file, and far from overflow.
-        constexpr std::int64_t farthest = std::int64_t(1) << 60;
-        const std::int64_t ticks = std::clamp(ticksAtOrBefore(time, m_decoder->timeBase()), -farthest, farthest);
+        const std::int64_t ticks = ticksAt(time);
         if (!isAheadOfCurrent(ticks)) {
             TRY_LET(FramePtr first, m_decoder->seek(ticks));
             m_following.reset();
@@ -30,6 +28,14 @@ public:
                 break;
             setCurrent(std::move(m_following));
         }
+        m_isCurrentDue = true;
+        return {};
+    }
+
+    Result<void> seekToKeyFrame(MediaTime time) override {
+        TRY_LET(FramePtr first, m_decoder->seek(ticksAt(time)));
+        m_following.reset();
+        setCurrent(std::move(first));
         m_isCurrentDue = true;
         return {};
     }
@@ -51,10 +57,19 @@ public:
             }
             m_picture = std::move(*converted);
         }
-        return VideoFrame{m_picture, timeOf(m_ticks, m_decoder->timeBase())};
+        TRY(lookAhead());
+        const AVRational timeBase = m_decoder->timeBase();
+        return VideoFrame{m_picture, timeOf(m_ticks, timeBase),
+                          m_following ? timeOf(m_following->pts, timeBase) : MediaTime::indefinite()};
     }
 
 private:
+    std::int64_t ticksAt(MediaTime time) {
+        // Far beyond any file, and far from overflow.
+        constexpr std::int64_t farthest = std::int64_t(1) << 60;
+        return std::clamp(ticksAtOrBefore(time, m_decoder->timeBase()), -farthest, farthest);
+    }
+
     /// Whether the picture for `ticks` is the one on hand, or comes soonest by decoding on.
     bool isAheadOfCurrent(std::int64_t ticks) {
         if (!m_hasCurrent || ticks < m_ticks)

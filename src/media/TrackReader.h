@@ -13,6 +13,8 @@ namespace keldra {
 struct VideoFrame {
     PixelBuffer pixels;
     MediaTime time;
+    /// When the next one takes its place; indefinite for the last.
+    MediaTime end;
 };
 
 /// Decodes the pictures of one video track in the order shown. Belongs to one thread at a time.
@@ -32,6 +34,8 @@ public:
     /// After this next() gives the picture that is on screen at `time`: the last one that starts at or before it,
     /// or the first of the track when there is none.
     [[nodiscard]] virtual Result<void> seek(MediaTime time) = 0;
+    /// After this next() gives a picture at or before `time` from which the file can be decoded.
+    [[nodiscard]] virtual Result<void> seekToKeyFrame(MediaTime time) = 0;
     /// Nothing at the end. Damaged pictures are left out; only a file that cannot be read on is an error.
     [[nodiscard]] virtual Result<std::optional<VideoFrame>> next() = 0;
 };
