@@ -1,5 +1,6 @@
 #include "composition/VideoInstructions.h"
 
+#include "async/CoTry.h"
 #include "base/Log.h"
 #include "composition/EditorCompositorInstruction.h"
 #include "composition/EditorVideoCompositor.h"
@@ -87,14 +88,15 @@ Result<VideoSettings> videoSettings(const EditorProject& project) {
     return VideoSettings{size, MediaTime(1, std::int32_t(std::max(1.0, std::round(rate))))};
 }
 
-Result<VideoComposition> makeVideoComposition(const EditorProject& project, const QList<EditorSegment>& clips,
-                                              const VideoSettings& settings, const PlacedPictures& pictures,
-                                              const Composition& composition) {
+QCoro::Task<Result<VideoComposition>> makeVideoComposition(EditorProject project, QList<EditorSegment> clips,
+                                                           VideoSettings settings, PlacedPictures pictures,
+                                                           std::shared_ptr<const Composition> composition,
+                                                           MainTurn turn) {
     const QList<QUuid> ids = pictures.keys();
-    const MediaTime duration = composition.duration();
+    const MediaTime duration = composition->duration();
     const auto intervals = timelineIntervals(clips, QSet<QUuid>(ids.begin(), ids.end()), duration);
     if (!areContinuous(intervals, duration))
-        return fail(makeError(EditorCompositionError::invalidTimelineInstructions));
+        co_return fail(makeError(EditorCompositionError::invalidTimelineInstructions));
 
     VideoComposition videoComposition;
     videoComposition.renderWidth = settings.renderSize.width();
@@ -102,10 +104,13 @@ Result<VideoComposition> makeVideoComposition(const EditorProject& project, cons
     videoComposition.frameDuration = settings.frameDuration;
     videoComposition.makeCompositor = [] { return std::make_unique<EditorVideoCompositor>(); };
     const InstructionMaker maker(project, clips, pictures);
-    for (const EditorInstructionInterval& interval : intervals)
+    for (const EditorInstructionInterval& interval : intervals) {
+        if (turn.isOver())
+            co_await turn.next();
         videoComposition.instructions.push_back(maker.make(interval));
-    TRY(validate(videoComposition, composition));
-    return videoComposition;
+    }
+    CO_TRY(validate(videoComposition, *composition));
+    co_return videoComposition;
 }
 
 } // namespace keldra

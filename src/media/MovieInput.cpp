@@ -12,9 +12,10 @@
 namespace keldra {
 namespace {
 
-/// Containers of picture and sound. Never lists that name other files, subtitles, still pictures or text.
+/// Containers of picture and sound, and single pictures. Never lists that name other files, subtitles or text.
 constexpr const char* containers = "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,avi,mpegts,mpeg,mpegvideo,flv,asf,ogg,mxf,"
-                                   "wav,w64,aiff,flac,mp3,aac,ac3,caf,h264,hevc,obu,ivf,nut,yuv4mpegpipe";
+                                   "wav,w64,aiff,flac,mp3,aac,ac3,caf,h264,hevc,obu,ivf,nut,yuv4mpegpipe,"
+                                   "gif,apng,png_pipe,jpeg_pipe,webp_pipe,bmp_pipe,tiff_pipe";
 
 Error notAMovie(const std::string& name, const std::string& why) {
     return mediaError(MediaError::notAMovie, name + " is not a movie that can be read: " + why);
@@ -102,6 +103,10 @@ std::int64_t MovieInput::originTicks(int index) const {
     if (!startsAnywhere || m_context->start_time == AV_NOPTS_VALUE)
         return 0;
     return av_rescale_q(m_context->start_time, AV_TIME_BASE_Q, m_context->streams[index]->time_base);
+}
+
+bool MovieInput::isStillPicture() const {
+    return std::string_view(m_context->iformat->name).ends_with("_pipe");
 }
 
 std::string MovieInput::tag(const char* name) const {

@@ -14,6 +14,7 @@ namespace {
 using testing::audioTrack;
 using testing::finish;
 using testing::ManualMain;
+using testing::SteppedClock;
 using testing::ToldAssets;
 using testing::videoTrack;
 
@@ -43,8 +44,9 @@ protected:
         project.segments.append(clip);
         return project.segments.last();
     }
+    EditorCompositionBuilder builder() { return {files.loader(), MainTurn(main, clock)}; }
     Result<EditorCompositionOutput> build() {
-        return *finish(EditorCompositionBuilder(files.loader()).build(project), main);
+        return *finish(builder().build(project), main);
     }
     static const EditorCompositorInstruction& instruction(const VideoComposition& video, std::size_t at) {
         return dynamic_cast<const EditorCompositorInstruction&>(*video.instructions.at(at));
@@ -60,6 +62,7 @@ protected:
     }
 
     ManualMain main;
+    std::shared_ptr<SteppedClock> clock = std::make_shared<SteppedClock>();
     ToldAssets files{main};
     EditorProject project;
 };
@@ -203,9 +206,8 @@ TEST_F(BuilderTest, ARefreshIsWhatABuildWouldGive) {
     project.canvas->size = CanvasPreset::square1x1;
     project.zoomBlocks = QList<ZoomBlock>{{id(7), 0, 3, 2, {}, 0.2}};
     files.openCount.clear();
-    const EditorCompositionBuilder builder(files.loader());
     const auto refreshed =
-        *finish(builder.refreshVideoComposition(project, output.composition, output.videoTrackIDsBySegment), main);
+        *finish(builder().refreshVideoComposition(project, output.composition, output.videoTrackIDsBySegment), main);
     const VideoComposition rebuilt = *build().value().videoComposition;
     ASSERT_TRUE(refreshed);
     EXPECT_EQ(refreshed->renderWidth, 1080);
@@ -217,16 +219,16 @@ TEST_F(BuilderTest, ARefreshIsWhatABuildWouldGive) {
     }
     // A clip whose track is not there is left out.
     const auto without =
-        *finish(builder.refreshVideoComposition(project, output.composition, {{id(1), 1}, {id(2), 9}}), main);
+        *finish(builder().refreshVideoComposition(project, output.composition, {{id(1), 1}, {id(2), 9}}), main);
     EXPECT_EQ(layerTracks(*without, 0), std::vector<int>{1});
     EXPECT_EQ(layerTracks(*without, 1), std::vector<int>{});
 }
 
 TEST_F(BuilderTest, TheBuilderMayGoWhileItsBuildWaits) {
     addClip(1, 0, 1);
-    auto builder = std::make_unique<EditorCompositionBuilder>(files.loader());
-    QCoro::Task<Result<EditorCompositionOutput>> task = builder->build(project);
-    builder.reset();
+    auto gone = std::make_unique<EditorCompositionBuilder>(builder());
+    QCoro::Task<Result<EditorCompositionOutput>> task = gone->build(project);
+    gone.reset();
     EXPECT_TRUE(finish(std::move(task), main)->has_value());
 }
 

@@ -59,7 +59,7 @@ protected:
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         exporter =
-            std::make_unique<EditorExporter>(EditorCompositionBuilder(files.loader()), main, scheduler,
+            std::make_unique<EditorExporter>(EditorCompositionBuilder(files.loader(), MainTurn(main, std::make_shared<testing::SteppedClock>())), main, scheduler,
                                              [this](const EditorCompositionOutput&) -> std::unique_ptr<ExportJob> {
                                                  return isAvailable ? std::make_unique<ScriptedJob>(job) : nullptr;
                                              });

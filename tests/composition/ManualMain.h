@@ -2,6 +2,7 @@
 
 #include "async/Scheduler.h"
 #include "base/Executor.h"
+#include "base/HostClock.h"
 
 #include <QCoroTask>
 
@@ -36,6 +37,18 @@ public:
 
 private:
     std::deque<Work> m_work;
+};
+
+/// A clock that every look moves on by `step` microseconds.
+class SteppedClock final : public HostClock {
+public:
+    explicit SteppedClock(std::int64_t stepMicroseconds = 0) : step(stepMicroseconds) {}
+    MediaTime now() const override { return MediaTime(m_now += step, timescale); }
+
+    std::int64_t step;
+
+private:
+    mutable std::int64_t m_now = 0;
 };
 
 /// Repeats that come due when the test says so.
