@@ -15,7 +15,7 @@ namespace {
 /// Containers of picture and sound, and single pictures. Never lists that name other files, subtitles or text.
 constexpr const char* containers = "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,avi,mpegts,mpeg,mpegvideo,flv,asf,ogg,mxf,"
                                    "wav,w64,aiff,flac,mp3,aac,ac3,caf,h264,hevc,obu,ivf,nut,yuv4mpegpipe,"
-                                   "gif,apng,png_pipe,jpeg_pipe,webp_pipe,bmp_pipe,tiff_pipe";
+                                   "gif,apng,image2,png_pipe,jpeg_pipe,webp_pipe,bmp_pipe,tiff_pipe";
 
 Error notAMovie(const std::string& name, const std::string& why) {
     return mediaError(MediaError::notAMovie, name + " is not a movie that can be read: " + why);
@@ -77,6 +77,8 @@ Result<std::unique_ptr<MovieInput>> MovieInput::open(const std::string& path, co
 
     AVDictionary* options = nullptr;
     av_dict_set(&options, "format_whitelist", containers, 0);
+    // A picture's name is a name, not a pattern of many names.
+    av_dict_set(&options, "pattern_type", "none", 0);
     AVFormatContext* context = nullptr;
     // The prefix keeps libav from reading a name such as "a:b.mov" as an address.
     const int opened = avformat_open_input(&context, ("file:" + path).c_str(), nullptr, &options);
@@ -106,7 +108,8 @@ std::int64_t MovieInput::originTicks(int index) const {
 }
 
 bool MovieInput::isStillPicture() const {
-    return std::string_view(m_context->iformat->name).ends_with("_pipe");
+    const std::string_view format = m_context->iformat->name;
+    return format == "image2" || format.ends_with("_pipe");
 }
 
 std::string MovieInput::tag(const char* name) const {

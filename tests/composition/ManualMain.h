@@ -28,11 +28,16 @@ public:
 
     /// Runs what is posted until nothing is left.
     void run() {
-        while (!m_work.empty()) {
-            const Work work = std::move(m_work.front());
-            m_work.pop_front();
-            work();
-        }
+        while (runOne()) {}
+    }
+    /// Gives one turn; false when nothing is posted.
+    bool runOne() {
+        if (m_work.empty())
+            return false;
+        const Work work = std::move(m_work.front());
+        m_work.pop_front();
+        work();
+        return true;
     }
 
 private:

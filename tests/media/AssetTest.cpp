@@ -162,7 +162,6 @@ TEST(Asset, SaysWhyAFileIsNotAMovie) {
     writeBytes(folder / "list.m3u8", {playlist.begin(), playlist.end()});
     std::filesystem::create_directory(folder / "folder.mov");
     ASSERT_EQ(::mkfifo((folder / "pipe.mov").c_str(), 0600), 0);
-    runFfmpeg("-f lavfi -i color=red:s=16x16 -frames:v 1 '" + (folder / "picture.png") + "'");
 
     const std::vector<std::pair<std::string, std::string>> rows{
         {"missing.mov", "missing.mov: No such file or directory"},
@@ -172,7 +171,6 @@ TEST(Asset, SaysWhyAFileIsNotAMovie) {
         {"truncated.mov", "truncated.mov is not a movie that can be read: Invalid data found when processing input"},
         {"text.txt", "text.txt is not a movie that can be read: Invalid data found when processing input"},
         {"list.m3u8", "list.m3u8 is not a movie that can be read: Invalid data found when processing input"},
-        {"picture.png", "picture.png is not a movie that can be read: Invalid data found when processing input"},
     };
     testing::internal::CaptureStderr();
     for (const auto& [name, words] : rows) {
