@@ -9,8 +9,8 @@ MainTurn::MainTurn(Executor& main, std::shared_ptr<const HostClock> clock) : m_m
 }
 
 void MainTurn::begin() {
-    m_end = m_clock->now() + MediaTime(std::chrono::duration_cast<std::chrono::microseconds>(length).count(),
-                                       HostClock::timescale);
+    m_end = m_clock->now() +
+            MediaTime(std::chrono::duration_cast<std::chrono::microseconds>(length).count(), HostClock::timescale);
 }
 
 bool MainTurn::isOver() const {
@@ -19,9 +19,8 @@ bool MainTurn::isOver() const {
 
 QCoro::Task<> MainTurn::next() {
     // Posting answers without fail.
-    (void)co_await awaitCompletion<void>([this](Completion<void> done) {
-        m_main->post([done = std::move(done)] { done({}); });
-    });
+    (void)co_await awaitCompletion<void>(
+        [this](Completion<void> done) { m_main->post([done = std::move(done)] { done({}); }); });
     begin();
 }
 

@@ -61,8 +61,7 @@ Result<const CompositionTrack*> placePicture(const EditorSegment& clip, const As
         return nullptr;
     const MediaTime duration = timelineTime(clip.duration);
     const MediaTimeRange wanted{timelineTime(clip.sourceStart), duration};
-    const MediaTimeRange piece =
-        source->isStill ? wanted : wanted.intersection(withinTimelineTicks(source->timeRange));
+    const MediaTimeRange piece = source->isStill ? wanted : wanted.intersection(withinTimelineTicks(source->timeRange));
     if (piece.isEmpty())
         return nullptr;
     const MediaTimeRange target{timelineTime(clip.timelineStart), duration};
@@ -151,7 +150,8 @@ QCoro::Task<Result<EditorCompositionOutput>> EditorCompositionBuilder::build(Edi
 QCoro::Task<Result<VideoComposition>>
 EditorCompositionBuilder::refreshVideoComposition(EditorProject project, std::shared_ptr<const Composition> composition,
                                                   QHash<QUuid, std::int32_t> videoTrackIDsBySegment) const {
-    return refreshedVideo(m_loadAsset, m_turn, std::move(project), std::move(composition), std::move(videoTrackIDsBySegment));
+    return refreshedVideo(m_loadAsset, m_turn, std::move(project), std::move(composition),
+                          std::move(videoTrackIDsBySegment));
 }
 
 SourceFacts sourceFacts(const Asset& asset) {

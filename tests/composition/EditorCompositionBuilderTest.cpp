@@ -46,9 +46,7 @@ protected:
         return project.segments.last();
     }
     EditorCompositionBuilder builder() { return {files.loader(), MainTurn(main, clock)}; }
-    Result<EditorCompositionOutput> build() {
-        return *finish(builder().build(project), main);
-    }
+    Result<EditorCompositionOutput> build() { return *finish(builder().build(project), main); }
     static const EditorCompositorInstruction& instruction(const VideoComposition& video, std::size_t at) {
         return dynamic_cast<const EditorCompositorInstruction&>(*video.instructions.at(at));
     }

@@ -144,6 +144,41 @@ TEST(FrameComposer, ZoomStaysInsideThePicturesRectangle) {
     EXPECT_EQ(pixelAt(composed(wide, lines, {2000, 1}), 1990, 0), pixelAt(lines.at(1), 1990, 0));
 }
 
+/// Where the picture turns from black to white, told by how much light row `y` has up to `right`.
+double edgeIn(const PixelBuffer& frame, int y, double right) {
+    double light = 0;
+    for (int x = 0; x < int(std::ceil(right)); ++x)
+        light += pixelAt(frame, x, y)[0] / 255.0;
+    return right - light;
+}
+
+TEST(FrameComposer, EdgesLieWithinATenthOfAPixelInRampsToo) {
+    // Half black, half white, with a soft edge that no sampling misses; the columns do not divide by the factors of a
+    // strong reduction. The layer's own edges are sharp.
+    constexpr int width = 250;
+    const auto edge = [](int x, int) {
+        const int light = int(std::lround(255 * std::clamp((x + 0.5 - width / 2.0) / 20 + 0.5, 0.0, 1.0)));
+        return Pixel{light, light, light, 255};
+    };
+    const Sources sources{{1, paint(width, 40, edge)}};
+    for (const double scale : {0.21, 0.37, 0.8, 1.0, 1.3})
+        for (const double left : {0.0, 10.3}) {
+            EditorCompositorInstruction instruction = over({{1, place(left, 0, scale), 1}});
+            instruction.background = RGBAColor{0, 0, 0, 1};
+            instruction.zoomBlocks = {ZoomBlock{QUuid(), 0, 2, 1.6, {0.2, 0.5}, 1}};
+            FrameComposer composer;
+            for (int frame = 0; frame <= 60; ++frame) {
+                const double seconds = frame / 60.0;
+                const double progress = seconds * seconds * (3 - 2 * seconds);
+                const double focus = left + 0.2 * width * scale;
+                const double expected = focus + 0.3 * width * scale * (1 + 0.6 * progress);
+                const PixelBuffer canvas = composed(composer, instruction, sources, {400, 8}, seconds);
+                ASSERT_NEAR(edgeIn(canvas, 1, left + width * scale), expected, 0.1)
+                    << "scale " << scale << ", left " << left << ", frame " << frame;
+            }
+        }
+}
+
 TEST(FrameComposer, CornersBelongToTheRectangleAlsoUnderZoom) {
     EditorCompositorInstruction instruction = over({{1, place(10, 10), 1}});
     instruction.cornerRadiusFraction = 0.5;

@@ -28,7 +28,8 @@ public:
 
     /// Runs what is posted until nothing is left.
     void run() {
-        while (runOne()) {}
+        while (runOne()) {
+        }
     }
     /// Gives one turn; false when nothing is posted.
     bool runOne() {

@@ -113,7 +113,23 @@ INSTANTIATE_TEST_SUITE_P(
                              {128, 64},
                              30,
                              twoSeconds,
-                             "h264"}),
+                             "h264"},
+                    TrackRow{"stillPicture",
+                             "a.png",
+                             paintedSource(25, 1) + "-frames:v 1 ",
+                             {128, 64},
+                             {128, 64},
+                             25,
+                             {MediaTime::zero(), MediaTime(5, 1)},
+                             "png"},
+                    TrackRow{"photographNamedLikeAPattern",
+                             "a%03d.jpg",
+                             paintedSource(25, 1) + "-frames:v 1 -update 1 -f mjpeg ",
+                             {128, 64},
+                             {128, 64},
+                             25,
+                             {MediaTime::zero(), MediaTime(5, 1)},
+                             "mjpeg"}),
     [](const auto& row) { return row.param.name; });
 
 TEST(Asset, TurnsAPhonesPictureUpright) {
@@ -146,6 +162,19 @@ TEST(Asset, ListsSoundTracksInOrderAndLastsAsLongAsTheLongest) {
     EXPECT_EQ(std::tuple(sounds[1].codecName, sounds[1].sampleRate, sounds[1].channelCount),
               std::tuple("pcm_s24le", 44100, 2));
     EXPECT_NEAR((*asset)->duration().seconds(), 2.5, 0.001);
+}
+
+TEST(Asset, CoverArtIsNoPictureTrack) {
+    const TemporaryFolder folder;
+    for (const char* name : {"a.mp3", "a.m4a", "a.flac"}) {
+        runFfmpeg("-f lavfi -i sine=d=1 -f lavfi -i color=red:s=64x64:d=0.04 -map 0 -map 1 -c:v mjpeg "
+                  "-disposition:v attached_pic '" +
+                  (folder / name) + "'");
+        const auto asset = Asset::open(folder / name);
+        ASSERT_TRUE(asset) << asset.error().message;
+        EXPECT_EQ((*asset)->tracks(MediaKind::video).size(), 0u) << name;
+        EXPECT_EQ((*asset)->tracks(MediaKind::audio).size(), 1u) << name;
+    }
 }
 
 TEST(Asset, SaysWhyAFileIsNotAMovie) {
