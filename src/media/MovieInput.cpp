@@ -6,8 +6,10 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace keldra {
 namespace {
@@ -41,6 +43,18 @@ bool isMedia(const AVStream& stream) {
     const AVMediaType type = stream.codecpar->codec_type;
     const bool isCover = (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
     return type == AVMEDIA_TYPE_AUDIO || (type == AVMEDIA_TYPE_VIDEO && !isCover);
+}
+
+/// Looks into the streams as far as their heads do not say enough; nothing is decoded that is larger than we take.
+int findStreamInfo(AVFormatContext& context) {
+    // One dictionary for each stream known so far, as libav wants them.
+    std::vector<AVDictionary*> options(context.nb_streams);
+    for (AVDictionary*& option : options)
+        av_dict_set_int(&option, "max_pixels", mostPicturePixels, 0);
+    const int found = avformat_find_stream_info(&context, options.empty() ? nullptr : options.data());
+    for (AVDictionary*& option : options)
+        av_dict_free(&option);
+    return found;
 }
 
 /// A QuickTime index tells where every picture lies; a file that ends before its last one was not copied whole. A movie
@@ -91,7 +105,7 @@ Result<std::unique_ptr<MovieInput>> MovieInput::open(const std::string& path, co
         return fail(std::move(error));
     }
     std::unique_ptr<MovieInput> input(new MovieInput(context, displayName));
-    if (const int found = avformat_find_stream_info(context, nullptr); found < 0)
+    if (const int found = findStreamInfo(*context); found < 0)
         return fail(notAMovie(displayName, libavWords(found)));
     TRY(checkWhole(*context, displayName));
     for (int index = 0; index < input->streamCount(); ++index)
