@@ -12,6 +12,7 @@ namespace keldra {
 namespace {
 
 constexpr std::ptrdiff_t bytesPerPixel = 4;
+constexpr std::size_t mostLayersAtOnce = 8;
 
 void blendShadowRow(const ClipShape& shape, int y, std::uint8_t* row) {
     const PixelRect& bounds = shape.shadow.bounds();
@@ -24,18 +25,24 @@ void blendShadowRow(const ClipShape& shape, int y, std::uint8_t* row) {
 void FrameComposer::compose(const EditorCompositorInstruction& instruction, double seconds,
                             const SourceFrames& sourceFrame, PixelBuffer& target) {
     const QSize canvas(target.width(), target.height());
-    m_layerCount = 0;
-    for (auto layer = instruction.layers.crbegin(); layer != instruction.layers.crend(); ++layer) {
-        if (!(layer->opacity > 0))
-            continue;
-        if (const PixelBuffer source = sourceFrame(layer->trackID))
-            prepareLayer(instruction, *layer, seconds, source, canvas);
-    }
-    prepareUnderlay(instruction.background, canvas);
-    for (int y = 0; y < target.height(); ++y)
-        drawRow(y, target);
-    for (Drawn& layer : m_layers)
-        layer.rows.end();
+    auto layer = instruction.layers.crbegin();
+    bool isLowest = true;
+    do {
+        m_layerCount = 0;
+        for (; layer != instruction.layers.crend() && m_layerCount < mostLayersAtOnce; ++layer) {
+            if (!(layer->opacity > 0))
+                continue;
+            if (const PixelBuffer source = sourceFrame(layer->trackID))
+                prepareLayer(instruction, *layer, seconds, source, canvas);
+        }
+        if (isLowest)
+            prepareUnderlay(instruction.background, canvas);
+        for (int y = 0; y < target.height(); ++y)
+            drawRow(y, target, isLowest);
+        for (Drawn& drawn : m_layers)
+            drawn.rows.end();
+        isLowest = false;
+    } while (layer != instruction.layers.crend());
 }
 
 void FrameComposer::prepareLayer(const EditorCompositorInstruction& instruction,
@@ -113,15 +120,18 @@ FrameComposer::LayerRow FrameComposer::rowOf(Drawn& layer, int y) {
     return {pixels, bounds.x + begin, bounds.x + end};
 }
 
-void FrameComposer::drawRow(int y, PixelBuffer& target) {
+void FrameComposer::drawRow(int y, PixelBuffer& target, bool isOverUnderlay) {
     std::uint8_t* row = target.mutableRow(0, y);
-    const std::uint8_t* under = m_underlay.pixels.row(0, y);
     const LayerRow lowest = m_layerCount > 0 ? rowOf(m_layers[0], y) : LayerRow{};
-    const std::ptrdiff_t hiddenEnd = lowest.hiddenEnd * bytesPerPixel;
-    std::memcpy(row, under, std::size_t(lowest.hiddenBegin * bytesPerPixel));
-    std::memcpy(row + hiddenEnd, under + hiddenEnd, std::size_t(target.width() * bytesPerPixel - hiddenEnd));
+    if (isOverUnderlay) {
+        const std::uint8_t* under = m_underlay.pixels.row(0, y);
+        const std::ptrdiff_t hiddenEnd = lowest.hiddenEnd * bytesPerPixel;
+        std::memcpy(row, under, std::size_t(lowest.hiddenBegin * bytesPerPixel));
+        std::memcpy(row + hiddenEnd, under + hiddenEnd, std::size_t(target.width() * bytesPerPixel - hiddenEnd));
+    }
     for (std::size_t at = 0; at < m_layerCount; ++at) {
-        if (at > 0)
+        // The underlay has the lowest layer's shadow on it.
+        if (at > 0 || !isOverUnderlay)
             blendShadowRow(*m_layers[at].shape, y, row);
         drawLayerRow(m_layers[at], at == 0 ? lowest : rowOf(m_layers[at], y), y, row);
     }

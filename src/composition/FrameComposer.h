@@ -15,6 +15,8 @@ namespace keldra {
 /// Draws frames: the background, then each layer from the last to the first with its shadow, corners, zoom and opacity.
 /// Pixels are mixed as plain numbers.
 ///
+/// A deep stack is drawn a few layers at a time, so that only their pictures are in memory together.
+///
 /// What stands still from frame to frame (outlines, shadows, and the background under the lowest layer's shadow) is
 /// kept, keyed by all that it is made from; a frame then touches every pixel once, row by row. One thread at a time.
 class FrameComposer {
@@ -55,7 +57,8 @@ private:
         int hiddenEnd = 0;
     };
     static LayerRow rowOf(Drawn& layer, int y);
-    void drawRow(int y, PixelBuffer& target);
+    /// Draws over what the row shows, or over the underlay.
+    void drawRow(int y, PixelBuffer& target, bool isOverUnderlay);
     void drawLayerRow(const Drawn& layer, const LayerRow& layerRow, int y, std::uint8_t* row);
 
     ClipShapeCache m_shapes;

@@ -244,6 +244,34 @@ TEST(FrameComposer, ShadowsFallOnLowerLayers) {
     EXPECT_EQ(pixelAt(frame, 30, 55), white);
 }
 
+TEST(FrameComposer, ADeepStackIsDrawnWithFewPicturesAtATime) {
+    // Each layer leaves one column of the one below it to be seen; all shadows fall below the pictures.
+    constexpr int depth = 30;
+    EditorCompositorInstruction instruction = over({});
+    for (int number = depth - 1; number >= 0; --number)
+        instruction.layers.append({number, place(number, 0), 1});
+    instruction.shadow = CanvasShadow{true, {0, 0, 0, 1}, 0.5, 0, 0.5};
+    int alive = 0;
+    int mostAlive = 0;
+    const auto source = [&](std::int32_t number) {
+        const auto pixels = std::make_shared<PixelBuffer>(flat(depth, 4, {number * 8, 0, 0, 255}));
+        mostAlive = std::max(mostAlive, ++alive);
+        const std::shared_ptr<const void> owner(pixels.get(), [pixels, &alive](const void*) { --alive; });
+        PixelBuffer::Planes planes;
+        planes[0] = {pixels->mutableRow(0, 0), pixels->strideBytes()};
+        return PixelBuffer::wrap(PixelFormat::bgra, depth, 4, planes, owner);
+    };
+    PixelBuffer canvas = flat(depth, 8, backdrop);
+    FrameComposer composer;
+    composer.compose(instruction, 0, source, canvas);
+    for (int x = 0; x < depth; ++x) {
+        ASSERT_EQ(pixelAt(canvas, x, 2), (Pixel{x * 8, 0, 0, 255}));
+        ASSERT_NEAR(pixelAt(canvas, x, 6)[0], 200 * std::pow(0.5, x + 1), 1);
+    }
+    EXPECT_EQ(alive, 0);
+    EXPECT_LE(mostAlive, 8);
+}
+
 TEST(FrameComposer, UnusualTransformsAreDrawnToo) {
     const Sources sources{{1, flat(20, 20, red)}};
     const PixelBuffer frame =
