@@ -65,7 +65,8 @@ QCoro::Task<Result<void>> runExport(const CommandContext& context, QStringList w
     }
     CO_TRY(checkOutput(arguments.output, arguments.input, project));
 
-    EditorExporter exporter(EditorCompositionBuilder(input.assetLoader()), context.mainQueue, context.scheduler);
+    EditorCompositionBuilder builder(input.assetLoader(), MainTurn(context.mainQueue, context.clock));
+    EditorExporter exporter(std::move(builder), context.mainQueue, context.scheduler);
     bool isInterrupted = false;
     const StopSignals signals([&] {
         isInterrupted = true;

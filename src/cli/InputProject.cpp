@@ -45,7 +45,7 @@ QCoro::Task<Result<EditorProject>> InputProject::load(QString path) {
 }
 
 QCoro::Task<Result<EditorCompositionOutput>> InputProject::build(EditorProject project) {
-    EditorCompositionBuilder builder(assetLoader());
+    EditorCompositionBuilder builder(assetLoader(), MainTurn(m_context.mainQueue, m_context.clock));
     co_return co_await builder.build(std::move(project));
 }
 

@@ -61,12 +61,13 @@ Result<const CompositionTrack*> placePicture(const EditorSegment& clip, const As
         return nullptr;
     const MediaTime duration = timelineTime(clip.duration);
     const MediaTimeRange wanted{timelineTime(clip.sourceStart), duration};
-    const MediaTimeRange piece = wanted.intersection(source->timeRange);
+    const MediaTimeRange piece = source->isStill ? wanted : wanted.intersection(withinTimelineTicks(source->timeRange));
     if (piece.isEmpty())
         return nullptr;
     const MediaTimeRange target{timelineTime(clip.timelineStart), duration};
     CompositionTrack& track = videoSlots.take(target);
-    TRY(track.insertTimeRange(piece, asset, source->index, target.start));
+    // Media that starts later than the clip is shown later, too.
+    TRY(track.insertTimeRange(piece, asset, source->index, target.start + (piece.start - wanted.start)));
     return &track;
 }
 
@@ -78,7 +79,7 @@ Result<void> placeSounds(const EditorSegment& clip, const AssetPtr& asset, bool 
         if (source.kind != MediaKind::audio)
             continue;
         const MediaTimeRange wanted{timelineTime(clip.sourceStart), target.duration};
-        const MediaTimeRange piece = wanted.intersection(source.timeRange);
+        const MediaTimeRange piece = wanted.intersection(withinTimelineTicks(source.timeRange));
         if (piece.isEmpty())
             continue;
         CompositionTrack& track = audioSlots.take(target);
@@ -91,7 +92,8 @@ Result<void> placeSounds(const EditorSegment& clip, const AssetPtr& asset, bool 
     return {};
 }
 
-QCoro::Task<Result<EditorCompositionOutput>> buildOutput(AssetLoader loadAsset, EditorProject project) {
+QCoro::Task<Result<EditorCompositionOutput>> buildOutput(AssetLoader loadAsset, MainTurn turn, EditorProject project) {
+    turn.begin();
     const auto settings = videoSettings(project);
     if (!settings)
         co_return fail(settings.error());
@@ -105,6 +107,8 @@ QCoro::Task<Result<EditorCompositionOutput>> buildOutput(AssetLoader loadAsset, 
     PlacedPictures pictures;
     EditorCompositionOutput output;
     for (const EditorSegment& clip : clips) {
+        if (turn.isOver())
+            co_await turn.next();
         const Result<AssetPtr> asset = co_await assets.open(mediaOf(clip, project));
         if (!asset)
             co_return fail(asset.error());
@@ -124,7 +128,7 @@ QCoro::Task<Result<EditorCompositionOutput>> buildOutput(AssetLoader loadAsset, 
     }
 
     if (!pictures.isEmpty()) {
-        auto videoComposition = makeVideoComposition(project, clips, *settings, pictures, *composition);
+        auto videoComposition = co_await makeVideoComposition(project, clips, *settings, pictures, composition, turn);
         if (!videoComposition)
             co_return fail(videoComposition.error());
         output.videoComposition = std::move(*videoComposition);
@@ -134,9 +138,10 @@ QCoro::Task<Result<EditorCompositionOutput>> buildOutput(AssetLoader loadAsset, 
     co_return output;
 }
 
-QCoro::Task<Result<VideoComposition>> refreshedVideo(AssetLoader loadAsset, EditorProject project,
+QCoro::Task<Result<VideoComposition>> refreshedVideo(AssetLoader loadAsset, MainTurn turn, EditorProject project,
                                                      std::shared_ptr<const Composition> composition,
                                                      QHash<QUuid, std::int32_t> trackIDs) {
+    turn.begin();
     const auto settings = videoSettings(project);
     if (!settings)
         co_return fail(settings.error());
@@ -146,6 +151,8 @@ QCoro::Task<Result<VideoComposition>> refreshedVideo(AssetLoader loadAsset, Edit
     const QList<EditorSegment> clips = visibleSegments(project);
     PlacedPictures pictures;
     for (const EditorSegment& clip : clips) {
+        if (turn.isOver())
+            co_await turn.next();
         const auto trackID = trackIDs.constFind(clip.id);
         const bool isPlaced = trackID != trackIDs.constEnd() && composition->track(*trackID) &&
                               track(project, clip.trackIndex).kind == EditorTrackKind::video;
@@ -157,20 +164,21 @@ QCoro::Task<Result<VideoComposition>> refreshedVideo(AssetLoader loadAsset, Edit
         if (const AssetTrack* source = firstVideoTrack(**asset))
             pictures.insert(clip.id, {*trackID, placeOf(*source, *settings, style)});
     }
-    co_return makeVideoComposition(project, clips, *settings, pictures, *composition);
+    co_return co_await makeVideoComposition(project, clips, *settings, pictures, composition, turn);
 }
 
 } // namespace
 
 // Free coroutines: the builder may go while they wait.
 QCoro::Task<Result<EditorCompositionOutput>> EditorCompositionBuilder::build(EditorProject project) const {
-    return buildOutput(m_loadAsset, std::move(project));
+    return buildOutput(m_loadAsset, m_turn, std::move(project));
 }
 
 QCoro::Task<Result<VideoComposition>>
 EditorCompositionBuilder::refreshVideoComposition(EditorProject project, std::shared_ptr<const Composition> composition,
                                                   QHash<QUuid, std::int32_t> videoTrackIDsBySegment) const {
-    return refreshedVideo(m_loadAsset, std::move(project), std::move(composition), std::move(videoTrackIDsBySegment));
+    return refreshedVideo(m_loadAsset, m_turn, std::move(project), std::move(composition),
+                          std::move(videoTrackIDsBySegment));
 }
 
 SourceFacts sourceFacts(const Asset& asset) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "async/MainTurn.h"
 #include "base/Result.h"
 #include "composition/AssetCache.h"
 #include "composition/AudioPlacement.h"
@@ -35,11 +36,12 @@ struct EditorCompositionOutput {
 /// Turns projects into compositions, for preview and export alike. Holds nothing of a project; it may go while a build
 /// runs.
 ///
-/// Threads: main. A build waits only for files that are opened, each once.
+/// Threads: main, whose loop has its turn at least every MainTurn::length. A build opens each file once.
 /// Errors:  EditorCompositionError; those of the files and of the composition, unchanged.
 class EditorCompositionBuilder {
 public:
-    explicit EditorCompositionBuilder(AssetLoader loadAsset) : m_loadAsset(std::move(loadAsset)) {}
+    EditorCompositionBuilder(AssetLoader loadAsset, MainTurn turn)
+        : m_loadAsset(std::move(loadAsset)), m_turn(std::move(turn)) {}
 
     QCoro::Task<Result<EditorCompositionOutput>> build(EditorProject project) const;
 
@@ -50,6 +52,7 @@ public:
 
 private:
     AssetLoader m_loadAsset;
+    MainTurn m_turn;
 };
 
 /// What a fresh project needs to know of an opened file.

@@ -15,18 +15,22 @@ constexpr std::ptrdiff_t bytesPerPixel = 4;
 void FrameComposer::compose(const EditorCompositorInstruction& instruction, double seconds,
                             const SourceFrames& sourceFrame, PixelBuffer& target) {
     const QSize canvas(target.width(), target.height());
-    findLayers(instruction, seconds, sourceFrame, canvas, m_shapes, m_layers);
-    if (m_drawn.size() < m_layers.size())
-        m_drawn.resize(m_layers.size());
-    for (std::size_t at = 0; at < m_layers.size(); ++at)
-        m_drawn[at].hasRows = beginRows(m_layers[at], m_drawn[at]);
-    const PixelBuffer& underlay =
-        m_underlay.find(instruction.background, canvas, m_layers.empty() ? nullptr : m_layers[0].shape);
-    for (int y = 0; y < target.height(); ++y)
-        drawRow(y, underlay, target);
-    m_layers.clear();
-    for (Drawn& drawn : m_drawn)
-        drawn.rows.end();
+    m_drawn.resize(mostLayersAtOnce);
+    int found = 0;
+    do {
+        const bool isLowest = found == 0;
+        found = findLayers(instruction, seconds, sourceFrame, canvas, m_shapes, found, m_layers);
+        for (std::size_t at = 0; at < m_layers.size(); ++at)
+            m_drawn[at].hasRows = beginRows(m_layers[at], m_drawn[at]);
+        const PixelBuffer* underlay = nullptr;
+        if (isLowest)
+            underlay = &m_underlay.find(instruction.background, canvas, m_layers.empty() ? nullptr : m_layers[0].shape);
+        for (int y = 0; y < target.height(); ++y)
+            drawRow(y, underlay, target);
+        m_layers.clear();
+        for (Drawn& drawn : m_drawn)
+            drawn.rows.end();
+    } while (found < instruction.layers.size());
 }
 
 bool FrameComposer::beginRows(const FrameLayer& layer, Drawn& drawn) {
@@ -58,15 +62,18 @@ FrameComposer::LayerRow FrameComposer::rowOf(std::size_t layer, int y) {
     return {pixels, bounds.x + begin, bounds.x + end};
 }
 
-void FrameComposer::drawRow(int y, const PixelBuffer& underlay, PixelBuffer& target) {
+void FrameComposer::drawRow(int y, const PixelBuffer* underlay, PixelBuffer& target) {
     std::uint8_t* row = target.mutableRow(0, y);
-    const std::uint8_t* under = underlay.row(0, y);
     const LayerRow lowest = m_layers.empty() ? LayerRow{} : rowOf(0, y);
-    const std::ptrdiff_t hiddenEnd = lowest.hiddenEnd * bytesPerPixel;
-    std::memcpy(row, under, std::size_t(lowest.hiddenBegin * bytesPerPixel));
-    std::memcpy(row + hiddenEnd, under + hiddenEnd, std::size_t(target.width() * bytesPerPixel - hiddenEnd));
+    if (underlay) {
+        const std::uint8_t* under = underlay->row(0, y);
+        const std::ptrdiff_t hiddenEnd = lowest.hiddenEnd * bytesPerPixel;
+        std::memcpy(row, under, std::size_t(lowest.hiddenBegin * bytesPerPixel));
+        std::memcpy(row + hiddenEnd, under + hiddenEnd, std::size_t(target.width() * bytesPerPixel - hiddenEnd));
+    }
     for (std::size_t at = 0; at < m_layers.size(); ++at) {
-        if (at > 0)
+        // The underlay has the lowest layer's shadow on it.
+        if (at > 0 || !underlay)
             blendShadowRow(*m_layers[at].shape, y, row);
         drawLayerRow(m_layers[at], at == 0 ? lowest : rowOf(at, y), y, row);
     }

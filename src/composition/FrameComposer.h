@@ -12,6 +12,8 @@ namespace keldra {
 /// Draws frames: the background, then each layer from the last to the first with its shadow, corners, zoom and opacity.
 /// Pixels are mixed as plain numbers.
 ///
+/// A deep stack is drawn a few layers at a time, so that only their pictures are in memory together.
+///
 /// What stands still from frame to frame (outlines, shadows, and the background under the lowest layer's shadow) is
 /// kept, keyed by all that it is made from; a frame then touches every pixel once, row by row. One thread at a time.
 class FrameComposer {
@@ -39,7 +41,8 @@ private:
         int hiddenEnd = 0;
     };
     LayerRow rowOf(std::size_t layer, int y);
-    void drawRow(int y, const PixelBuffer& underlay, PixelBuffer& target);
+    /// Draws over the underlay, or over what the row shows when there is none.
+    void drawRow(int y, const PixelBuffer* underlay, PixelBuffer& target);
     void drawLayerRow(const FrameLayer& layer, const LayerRow& layerRow, int y, std::uint8_t* row);
 
     ClipShapeCache m_shapes;

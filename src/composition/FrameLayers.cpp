@@ -8,11 +8,12 @@
 
 namespace keldra {
 
-void findLayers(const EditorCompositorInstruction& instruction, double seconds, const SourceFrames& sourceFrame,
-                const QSize& canvas, ClipShapeCache& shapes, std::vector<FrameLayer>& layers) {
+int findLayers(const EditorCompositorInstruction& instruction, double seconds, const SourceFrames& sourceFrame,
+               const QSize& canvas, ClipShapeCache& shapes, int first, std::vector<FrameLayer>& layers) {
     layers.clear();
     const ZoomState zoom = zoomState(instruction.zoomBlocks, seconds);
-    for (auto layer = instruction.layers.crbegin(); layer != instruction.layers.crend(); ++layer) {
+    auto layer = instruction.layers.crbegin() + first;
+    for (; layer != instruction.layers.crend() && int(layers.size()) < mostLayersAtOnce; ++layer) {
         if (!(layer->opacity > 0))
             continue;
         PixelBuffer source = sourceFrame(layer->trackID);
@@ -27,6 +28,7 @@ void findLayers(const EditorCompositorInstruction& instruction, double seconds, 
         layers.push_back({std::move(source), std::move(shape), std::uint8_t(std::lround(opacity * 255)),
                           layer->transform * zoomTransform(zoom.scale, zoom.focus, videoRect)});
     }
+    return int(layer - instruction.layers.crbegin());
 }
 
 } // namespace keldra

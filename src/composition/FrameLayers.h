@@ -26,8 +26,12 @@ struct FrameLayer {
 /// The picture of a composition track at the frame's time; none where the track has none.
 using SourceFrames = std::function<PixelBuffer(std::int32_t trackID)>;
 
-/// Finds what is drawn at `seconds` of the timeline, the lowest first. `layers` keeps its memory.
-void findLayers(const EditorCompositorInstruction& instruction, double seconds, const SourceFrames& sourceFrame,
-                const QSize& canvas, ClipShapeCache& shapes, std::vector<FrameLayer>& layers);
+/// A deep stack is drawn a few layers at a time, so that only their pictures are in memory together.
+constexpr int mostLayersAtOnce = 8;
+
+/// Finds what is drawn at `seconds` of the timeline, the lowest first, leaving out the `first` lowest layers of the
+/// instruction. Answers how many layers are done with after these. `layers` keeps its memory.
+int findLayers(const EditorCompositorInstruction& instruction, double seconds, const SourceFrames& sourceFrame,
+               const QSize& canvas, ClipShapeCache& shapes, int first, std::vector<FrameLayer>& layers);
 
 } // namespace keldra

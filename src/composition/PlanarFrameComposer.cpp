@@ -27,7 +27,9 @@ bool PlanarFrameComposer::compose(const EditorCompositorInstruction& instruction
                                   const SourceFrames& sourceFrame, PixelBuffer& target) {
     assert(target.format() == PixelFormat::i420 && target.width() % 2 == 0 && target.height() % 2 == 0);
     const QSize canvas(target.width(), target.height());
-    findLayers(instruction, seconds, sourceFrame, canvas, m_shapes, m_layers);
+    if (instruction.layers.size() > mostLayersAtOnce)
+        return false;
+    findLayers(instruction, seconds, sourceFrame, canvas, m_shapes, 0, m_layers);
     if (m_rows.size() < m_layers.size())
         m_rows.resize(m_layers.size());
     for (std::size_t at = 0; at < m_layers.size(); ++at) {

@@ -15,7 +15,8 @@ namespace keldra {
 class PlanarFrameComposer {
 public:
     /// Draws the frame at `seconds` of the timeline over all of `target` (4:2:0, of the canvas's even size). False,
-    /// with nothing drawn, when one of the pictures is no 4:2:0 picture or does not stand upright.
+    /// with nothing drawn, when one of the pictures is no 4:2:0 picture or does not stand upright, or the stack is too
+    /// deep.
     bool compose(const EditorCompositorInstruction& instruction, double seconds, const SourceFrames& sourceFrame,
                  PixelBuffer& target);
 

@@ -55,6 +55,18 @@ MediaTime timelineTime(double seconds) {
                                      : MediaTime(0, timelineTimescale);
 }
 
+MediaTimeRange withinTimelineTicks(const MediaTimeRange& range) {
+    constexpr MediaTime tick(1, timelineTimescale);
+    const MediaTime end = range.end();
+    MediaTime first = range.start.converted(timelineTimescale);
+    MediaTime last = end.converted(timelineTimescale);
+    if (first < range.start)
+        first = first + tick;
+    if (last > end)
+        last = last - tick;
+    return {first, last > first ? last - first : MediaTime::zero()};
+}
+
 QList<EditorInstructionInterval> timelineIntervals(const QList<EditorSegment>& clips, const QSet<QUuid>& placed,
                                                    MediaTime duration) {
     const std::vector<PlacedClip> considered = placedClips(clips, placed);

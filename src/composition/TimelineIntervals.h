@@ -14,6 +14,9 @@ constexpr std::int32_t timelineTimescale = 60000;
 /// A document's seconds as a composition's time; what is not finite and above zero becomes zero.
 MediaTime timelineTime(double seconds);
 
+/// The part of a file's stretch that lies between ticks of the timeline, so that no sum of times is ever rounded.
+MediaTimeRange withinTimelineTicks(const MediaTimeRange& range);
+
 /// A stretch of the timeline in which the set of visible clips does not change.
 struct EditorInstructionInterval {
     MediaTimeRange timeRange;

@@ -1,14 +1,17 @@
 #pragma once
 
+#include "async/MainTurn.h"
 #include "base/Result.h"
 #include "composition/ClipTransform.h"
 #include "media/Composition.h"
 #include "media/VideoComposition.h"
 #include "project/EditorProject.h"
 
+#include <QCoroTask>
 #include <QHash>
 #include <QUuid>
 
+#include <memory>
 #include <optional>
 
 namespace keldra {
@@ -32,8 +35,9 @@ Result<VideoSettings> videoSettings(const EditorProject& project);
 
 /// The instructions for every stretch of the composition, with the compositor that draws them, checked. `clips` come
 /// from visibleSegments(). Errors: EditorCompositionError.
-Result<VideoComposition> makeVideoComposition(const EditorProject& project, const QList<EditorSegment>& clips,
-                                              const VideoSettings& settings, const PlacedPictures& pictures,
-                                              const Composition& composition);
+QCoro::Task<Result<VideoComposition>> makeVideoComposition(EditorProject project, QList<EditorSegment> clips,
+                                                           VideoSettings settings, PlacedPictures pictures,
+                                                           std::shared_ptr<const Composition> composition,
+                                                           MainTurn turn);
 
 } // namespace keldra

@@ -12,7 +12,12 @@ extern "C" {
 namespace keldra {
 namespace {
 
+/// How long a single picture lies on a fresh timeline.
+constexpr MediaTimeRange stillRange{MediaTime::zero(), MediaTime(5, 1)};
+
 MediaTimeRange timeRangeOf(MovieInput& input, const AVStream& stream) {
+    if (input.isStillPicture())
+        return stillRange;
     std::int64_t start = 0;
     if (stream.start_time != AV_NOPTS_VALUE)
         start = av_sat_sub64(stream.start_time, input.originTicks(stream.index));
@@ -56,6 +61,7 @@ AssetTrack describe(MovieInput& input, AVStream& stream) {
     track.naturalSize = {double(squarePixelWidth(parameters.width, aspect)), double(parameters.height)};
     track.preferredTransform = preferredTransformOf(stream);
     track.nominalFrameRate = input.nominalFrameRate(stream.index);
+    track.isStill = input.isStillPicture();
     return track;
 }
 

@@ -16,6 +16,8 @@ struct AssetTrack {
     MediaKind kind = MediaKind::video;
     /// Where the track has media, on the file's own time line, which starts at zero.
     MediaTimeRange timeRange;
+    /// Video: one picture that stands for as long as is wanted; its time range is a proposal.
+    bool isStill = false;
     /// Video: coded size with pixel aspect applied, before the preferred transform.
     Size naturalSize;
     /// Video: turns the coded picture upright; origin top left, y down. The rectangle it maps the picture to may have

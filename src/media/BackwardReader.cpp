@@ -34,8 +34,9 @@ Result<bool> BackwardReader::step(MediaTime from, MediaTime time) {
 
 Result<void> BackwardReader::begin(MediaTime target) {
     m_target.reset();
-    if (!m_reader)
+    if (!m_reader) {
         TRY_LET(m_reader, TrackReader::open(m_asset, m_trackIndex, m_options));
+    }
     TRY(m_reader->seekToKeyFrame(target));
     m_target = target;
     return {};

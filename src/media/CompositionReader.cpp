@@ -1,5 +1,7 @@
 #include "media/CompositionReader.h"
 
+#include <algorithm>
+
 namespace keldra {
 
 CompositionReader::CompositionReader(std::shared_ptr<const Composition> composition, TrackReader::Options options,
@@ -10,32 +12,57 @@ Result<CompositionReader::Frames> CompositionReader::framesAt(MediaTime time,
                                                               const std::vector<std::int32_t>& trackIDs) {
     Frames frames;
     for (const std::int32_t trackID : trackIDs) {
-        const CompositionTrack* track = m_composition->track(trackID);
-        if (track == nullptr || frames.count(trackID) != 0)
+        if (frames.count(trackID) != 0)
             continue;
-        TRY_LET(PixelBuffer frame, frameOf(*track, time));
+        TRY_LET(PixelBuffer frame, frameAt(time, trackID));
         if (frame)
             frames.emplace(trackID, std::move(frame));
     }
     return frames;
 }
 
+Result<PixelBuffer> CompositionReader::frameAt(MediaTime time, std::int32_t trackID) {
+    const CompositionTrack* track = m_composition->track(trackID);
+    return track == nullptr ? PixelBuffer() : frameOf(*track, time);
+}
+
+void CompositionReader::makeRoom() {
+    constexpr std::size_t mostReaders = 16;
+    if (m_sources.size() < mostReaders)
+        return;
+    m_sources.erase(std::min_element(m_sources.begin(), m_sources.end(),
+                                     [](const auto& a, const auto& b) { return a.second.lastUse < b.second.lastUse; }));
+}
+
 Result<PixelBuffer> CompositionReader::frameOf(const CompositionTrack& track, MediaTime time) {
     const CompositionSegment* segment = track.segmentAt(time);
-    Source& source = m_sources[track.trackID()];
-    if (segment == nullptr) {
-        // A gap: lets go of the file and its decoder.
-        source = Source();
+    auto found = m_sources.find(track.trackID());
+    const bool isSameTrack = segment != nullptr && found != m_sources.end() &&
+                             found->second.trackIndex == segment->trackIndex &&
+                             found->second.asset->path() == segment->asset->path();
+    // In a gap, or at another file, lets go of the file and its decoder.
+    if (found != m_sources.end() && !isSameTrack)
+        m_sources.erase(found);
+    if (segment == nullptr)
         return PixelBuffer();
+    const MediaTime sourceTime = segment->source.start + (time - segment->target);
+    if (m_cache) {
+        if (PixelBuffer kept = m_cache->find({segment->asset->path(), segment->trackIndex}, sourceTime))
+            return kept;
     }
-    const bool isSameTrack =
-        source.reader && source.trackIndex == segment->trackIndex && source.asset->path() == segment->asset->path();
     if (!isSameTrack) {
-        source = Source{segment->asset, segment->trackIndex, nullptr};
-        TRY_LET(source.reader, TrackReader::open(segment->asset, segment->trackIndex, m_options));
+        makeRoom();
+        TRY_LET(auto reader, TrackReader::open(segment->asset, segment->trackIndex, m_options));
+        found =
+            m_sources.emplace(track.trackID(), Source{segment->asset, segment->trackIndex, std::move(reader)}).first;
     }
-    TRY(source.reader->seek(segment->source.start + (time - segment->target)));
+    Source& source = found->second;
+    source.lastUse = ++m_useCount;
+    TRY(source.reader->seek(sourceTime));
     TRY_LET(const std::optional<VideoFrame> frame, source.reader->next());
+    if (m_cache && frame)
+        m_cache->insert({segment->asset->path(), segment->trackIndex}, {frame->time, frame->end - frame->time},
+                        frame->pixels);
     return frame ? frame->pixels : PixelBuffer();
 }
 

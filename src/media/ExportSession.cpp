@@ -9,11 +9,15 @@
 
 #include <algorithm>
 #include <cassert>
+#include <future>
 
 namespace keldra {
 namespace {
 
 constexpr int framesUnderWay = 7;
+/// Where more tracks lie over each other, their pictures are not read ahead but as the compositor comes to them: a
+/// stack however deep costs the memory of a few of its pictures.
+constexpr std::size_t mostTracksAhead = 4;
 
 std::int64_t frameCountOf(MediaTime duration, MediaTime frameDuration) {
     __extension__ using Wide = __int128;
@@ -78,6 +82,12 @@ private:
             const auto instruction = m_videoComposition.instructionAt(time);
             if (!instruction)
                 return fail(mediaError(MediaError::outsideTheTimeline, "The timeline has a hole."));
+            if (instruction->requiredSourceTrackIDs.size() > mostTracksAhead) {
+                lastInstruction = nullptr;
+                lastFrames.clear();
+                TRY(composeDeep(reader, index, instruction, pool));
+                continue;
+            }
             TRY_LET(CompositionReader::Frames frames, reader.framesAt(time, instruction->requiredSourceTrackIDs));
             const bool isRepeat =
                 instruction == lastInstruction && !instruction->containsTweening && isSamePictures(frames, lastFrames);
@@ -92,6 +102,29 @@ private:
                     window->deliver(index, std::move(outcome));
                 }));
         }
+        return {};
+    }
+
+    /// Waits for the frame, so that the reader is used by one thread at a time.
+    Result<void> composeDeep(CompositionReader& reader, std::int64_t index,
+                             const std::shared_ptr<const VideoInstruction>& instruction,
+                             const std::shared_ptr<PixelBufferPool>& pool) {
+        const MediaTime time = m_videoComposition.frameDuration * index;
+        std::optional<Error> failure;
+        const auto read = [&](std::int32_t trackID) {
+            Result<PixelBuffer> frame = failure ? PixelBuffer() : reader.frameAt(time, trackID);
+            if (!frame)
+                failure = std::move(frame.error());
+            return frame.value_or(PixelBuffer());
+        };
+        const auto promise = std::make_shared<std::promise<FrameRequest::Outcome>>();
+        m_compositor->startRequest(std::make_shared<FrameRequest>(
+            instruction, time, FrameRequest::SourceFrames(read), pool,
+            [promise](FrameRequest::Outcome ended) { promise->set_value(std::move(ended)); }));
+        FrameRequest::Outcome outcome = promise->get_future().get();
+        if (failure)
+            return fail(std::move(*failure));
+        m_window->deliver(index, std::move(outcome));
         return {};
     }
 

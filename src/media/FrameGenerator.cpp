@@ -4,6 +4,7 @@
 #include "media/MediaError.h"
 
 #include <future>
+#include <optional>
 
 namespace keldra {
 namespace {
@@ -32,15 +33,27 @@ Result<PixelBuffer> FrameGenerator::frameAt(MediaTime time) {
     const auto instruction = m_videoComposition.instructionAt(time);
     if (!instruction)
         return fail(mediaError(MediaError::outsideTheTimeline, "There is no picture at this time."));
-    TRY_LET(auto frames, m_reader.framesAt(time, instruction->requiredSourceTrackIDs));
 
-    // A request always ends, at the latest when the compositor drops it.
+    // Pictures are read as the compositor comes to them, while this thread waits. A request always ends, at the latest
+    // when the compositor drops it.
+    const auto failure = std::make_shared<std::optional<Error>>();
+    const auto read = [this, time, failure](std::int32_t trackID) {
+        if (*failure)
+            return PixelBuffer();
+        Result<PixelBuffer> frame = m_reader.frameAt(time, trackID);
+        if (!frame)
+            failure->emplace(std::move(frame.error()));
+        return frame.value_or(PixelBuffer());
+    };
     const auto promise = std::make_shared<std::promise<FrameRequest::Outcome>>();
     auto outcome = promise->get_future();
     m_compositor->startRequest(std::make_shared<FrameRequest>(
-        instruction, time, std::move(frames), m_pool,
+        instruction, time, FrameRequest::SourceFrames(read), m_pool,
         [promise](FrameRequest::Outcome ended) { promise->set_value(std::move(ended)); }));
-    return resultOf(outcome.get());
+    Result<PixelBuffer> frame = resultOf(outcome.get());
+    if (*failure)
+        return fail(std::move(**failure));
+    return frame;
 }
 
 } // namespace keldra

@@ -22,6 +22,12 @@ public:
     /// Runs once, on whatever thread finishes the request.
     using Done = std::function<void(Outcome)>;
 
+    /// Answers with a track's picture when the compositor asks for it, on the compositor's thread.
+    using SourceFrames = std::function<PixelBuffer(std::int32_t trackID)>;
+
+    FrameRequest(std::shared_ptr<const VideoInstruction> instruction, MediaTime compositionTime,
+                 SourceFrames sourceFrames, std::shared_ptr<PixelBufferPool> pool, Done done);
+    /// With all pictures there already.
     FrameRequest(std::shared_ptr<const VideoInstruction> instruction, MediaTime compositionTime,
                  std::map<std::int32_t, PixelBuffer> sourceFrames, std::shared_ptr<PixelBufferPool> pool, Done done);
     ~FrameRequest();
@@ -33,7 +39,7 @@ public:
     int renderWidth() const { return m_pool->width(); }
     int renderHeight() const { return m_pool->height(); }
     /// No picture when the track has none at this time. BGRA or 4:2:0.
-    PixelBuffer sourceFrame(std::int32_t trackID) const;
+    PixelBuffer sourceFrame(std::int32_t trackID) const { return m_sourceFrames(trackID); }
     /// A buffer of the render size to compose into, in the format that is asked for; no picture when none can be had.
     PixelBuffer newPixelBuffer() { return m_pool->take(); }
 
@@ -46,7 +52,7 @@ private:
 
     std::shared_ptr<const VideoInstruction> m_instruction;
     MediaTime m_compositionTime;
-    std::map<std::int32_t, PixelBuffer> m_sourceFrames;
+    SourceFrames m_sourceFrames;
     std::shared_ptr<PixelBufferPool> m_pool;
     Done m_done;
 };

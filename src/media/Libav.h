@@ -3,6 +3,7 @@
 #include "base/Error.h"
 #include "base/MediaTime.h"
 
+#include <cstdint>
 #include <memory>
 #include <string_view>
 
@@ -24,6 +25,9 @@ struct LibavDelete {
 using FramePtr = std::unique_ptr<AVFrame, LibavDelete>;
 using PacketPtr = std::unique_ptr<AVPacket, LibavDelete>;
 using CodecContextPtr = std::unique_ptr<AVCodecContext, LibavDelete>;
+
+/// Twice the largest screens; a damaged file may claim anything.
+constexpr std::int64_t mostPicturePixels = std::int64_t(1) << 26;
 
 /// Turns libav's log away from standard error, once; what it says last on a thread goes into that thread's errors.
 void quietLibav();

@@ -6,15 +6,18 @@
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <vector>
 
 namespace keldra {
 namespace {
 
-/// Containers of picture and sound. Never lists that name other files, subtitles, still pictures or text.
+/// Containers of picture and sound, and single pictures. Never lists that name other files, subtitles or text.
 constexpr const char* containers = "mov,mp4,m4a,3gp,3g2,mj2,matroska,webm,avi,mpegts,mpeg,mpegvideo,flv,asf,ogg,mxf,"
-                                   "wav,w64,aiff,flac,mp3,aac,ac3,caf,h264,hevc,obu,ivf,nut,yuv4mpegpipe";
+                                   "wav,w64,aiff,flac,mp3,aac,ac3,caf,h264,hevc,obu,ivf,nut,yuv4mpegpipe,"
+                                   "gif,apng,image2,png_pipe,jpeg_pipe,webp_pipe,bmp_pipe,tiff_pipe";
 
 Error notAMovie(const std::string& name, const std::string& why) {
     return mediaError(MediaError::notAMovie, name + " is not a movie that can be read: " + why);
@@ -40,6 +43,18 @@ bool isMedia(const AVStream& stream) {
     const AVMediaType type = stream.codecpar->codec_type;
     const bool isCover = (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
     return type == AVMEDIA_TYPE_AUDIO || (type == AVMEDIA_TYPE_VIDEO && !isCover);
+}
+
+/// Looks into the streams as far as their heads do not say enough; nothing is decoded that is larger than we take.
+int findStreamInfo(AVFormatContext& context) {
+    // One dictionary for each stream known so far, as libav wants them.
+    std::vector<AVDictionary*> options(context.nb_streams);
+    for (AVDictionary*& option : options)
+        av_dict_set_int(&option, "max_pixels", mostPicturePixels, 0);
+    const int found = avformat_find_stream_info(&context, options.empty() ? nullptr : options.data());
+    for (AVDictionary*& option : options)
+        av_dict_free(&option);
+    return found;
 }
 
 /// A QuickTime index tells where every picture lies; a file that ends before its last one was not copied whole. A movie
@@ -76,6 +91,8 @@ Result<std::unique_ptr<MovieInput>> MovieInput::open(const std::string& path, co
 
     AVDictionary* options = nullptr;
     av_dict_set(&options, "format_whitelist", containers, 0);
+    // A picture's name is a name, not a pattern of many names.
+    av_dict_set(&options, "pattern_type", "none", 0);
     AVFormatContext* context = nullptr;
     // The prefix keeps libav from reading a name such as "a:b.mov" as an address.
     const int opened = avformat_open_input(&context, ("file:" + path).c_str(), nullptr, &options);
@@ -88,7 +105,7 @@ Result<std::unique_ptr<MovieInput>> MovieInput::open(const std::string& path, co
         return fail(std::move(error));
     }
     std::unique_ptr<MovieInput> input(new MovieInput(context, displayName));
-    if (const int found = avformat_find_stream_info(context, nullptr); found < 0)
+    if (const int found = findStreamInfo(*context); found < 0)
         return fail(notAMovie(displayName, libavWords(found)));
     TRY(checkWhole(*context, displayName));
     for (int index = 0; index < input->streamCount(); ++index)
@@ -102,6 +119,11 @@ std::int64_t MovieInput::originTicks(int index) const {
     if (!startsAnywhere || m_context->start_time == AV_NOPTS_VALUE)
         return 0;
     return av_rescale_q(m_context->start_time, AV_TIME_BASE_Q, m_context->streams[index]->time_base);
+}
+
+bool MovieInput::isStillPicture() const {
+    const std::string_view format = m_context->iformat->name;
+    return format == "image2" || format.ends_with("_pipe");
 }
 
 std::string MovieInput::tag(const char* name) const {

@@ -24,6 +24,8 @@ public:
     AVStream& stream(int index) { return *m_context->streams[index]; }
     /// What the packets' times count from, in ticks of the stream: containers made for broadcast start anywhere.
     std::int64_t originTicks(int index) const;
+    /// Whether the file is one picture without a time of its own.
+    bool isStillPicture() const;
     /// A fact about the whole movie that MovieMuxer::setTag() left; empty when there is none.
     std::string tag(const char* name) const;
     /// The frames per second that a video stream is made for: what the movie or its codec states, else what its times

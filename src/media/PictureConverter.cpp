@@ -115,9 +115,7 @@ PixelBuffer PictureConverter::newPicture(PixelFormat format) {
 Result<PixelBuffer> PictureConverter::convert(FramePtr frame, AVRational sampleAspectRatio) {
     if (m_width == 0) {
         const int width = squarePixelWidth(frame->width, sampleAspectRatio);
-        // Four times the largest screens; a damaged file may claim anything.
-        constexpr std::int64_t mostPixels = std::int64_t(1) << 28;
-        if (std::int64_t(width) * frame->height > mostPixels)
+        if (std::int64_t(width) * frame->height > mostPicturePixels)
             return fail(mediaError(MediaError::noPicture, "The movie's picture is too large."));
         m_width = width;
         m_height = frame->height;

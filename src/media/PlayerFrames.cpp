@@ -157,8 +157,8 @@ void PlayerFrames::work() {
     lock.unlock();
     const MediaTime time = look->video.frameDuration * next;
     const auto instruction = look->video.instructionAt(time);
-    const auto hasMore = instruction ? readBackwards(time, instruction->requiredSourceTrackIDs, backwardSeconds)
-                                     : Result<bool>(false);
+    const auto hasMore =
+        instruction ? readBackwards(time, instruction->requiredSourceTrackIDs, backwardSeconds) : Result<bool>(false);
     if (!hasMore)
         return report(aimNumber, hasMore.error());
     if (*hasMore)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/HostClock.h"
 #include "base/Result.h"
 #include "base/SerialQueue.h"
 #include "imaging/PixelBufferPool.h"
@@ -46,7 +47,8 @@ public:
 
     /// Whether that frame was made since the last aim, taken or not.
     bool hasMade(std::int64_t index) const;
-    /// The newest frame that is due when `due` is on screen; those before it are dropped. No picture when there is none.
+    /// The newest frame that is due when `due` is on screen; those before it are dropped. No picture when there is
+    /// none.
     PixelBuffer take(std::int64_t due);
     /// Frames that were due and never taken.
     std::int64_t droppedCount() const;

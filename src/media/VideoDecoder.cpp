@@ -25,6 +25,7 @@ Result<std::unique_ptr<VideoDecoder>> VideoDecoder::open(const std::string& path
     CodecContextPtr context(avcodec_alloc_context3(codec));
     if (const int answer = avcodec_parameters_to_context(context.get(), stream.codecpar); answer < 0)
         return fail(libavError(answer, name));
+    context->max_pixels = mostPicturePixels;
     context->pkt_timebase = stream.time_base;
     context->thread_count = std::max(1, threadCount);
     // Without this the H.264 decoder loses the frames after the last key frame of a file with open groups when it was

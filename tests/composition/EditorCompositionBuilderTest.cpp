@@ -1,6 +1,7 @@
 #include "composition/EditorCompositionBuilder.h"
 
 #include "composition/EditorCompositorInstruction.h"
+#include "composition/TimelineIntervals.h"
 #include "composition/ToldAssets.h"
 
 #include <cmath>
@@ -14,6 +15,7 @@ namespace {
 using testing::audioTrack;
 using testing::finish;
 using testing::ManualMain;
+using testing::SteppedClock;
 using testing::ToldAssets;
 using testing::videoTrack;
 
@@ -44,9 +46,8 @@ protected:
         project.segments.append(clip);
         return project.segments.last();
     }
-    Result<EditorCompositionOutput> build() {
-        return *finish(EditorCompositionBuilder(files.loader()).build(project), main);
-    }
+    EditorCompositionBuilder builder() { return {files.loader(), MainTurn(main, clock)}; }
+    Result<EditorCompositionOutput> build() { return *finish(builder().build(project), main); }
     static const EditorCompositorInstruction& instruction(const VideoComposition& video, std::size_t at) {
         return dynamic_cast<const EditorCompositorInstruction&>(*video.instructions.at(at));
     }
@@ -61,6 +62,7 @@ protected:
     }
 
     ManualMain main;
+    std::shared_ptr<SteppedClock> clock = std::make_shared<SteppedClock>();
     ToldAssets files{main};
     EditorProject project;
 };
@@ -109,13 +111,60 @@ TEST_F(BuilderTest, PiecesAreWhatTheMediaHolds) {
     EXPECT_TRUE(instruction(video, 2).layers.isEmpty());
 }
 
-TEST_F(BuilderTest, ATrackThatStartsLateGivesWhatItHas) {
-    files.add("/late.mov", {videoTrack(0, 0.5, 3)});
-    addClip(1, 0, 2).sourceURL = QUrl::fromLocalFile("/late.mov");
-    const auto output = build().value();
-    const auto& segment = output.composition->track(1)->segments().at(0);
-    EXPECT_EQ(segment.source, (MediaTimeRange{MediaTime(1, 2), MediaTime(3, 2)}));
-    EXPECT_EQ(segment.target, MediaTime::zero());
+TEST_F(BuilderTest, MediaIsShownWhereItLiesInItsFile) {
+    AssetTrack still = videoTrack(0, 0, 5);
+    still.isStill = true;
+    AssetTrack oddTicks = videoTrack(0, 0, 0);
+    oddTicks.timeRange = {MediaTime(1, 1'000'003), MediaTime(1'000'001, 1'000'003)};
+    struct Row {
+        const char* name;
+        AssetTrack track;
+        double sourceStart;
+        MediaTimeRange piece;
+        MediaTime target;
+    };
+    const auto ticks = [](int value) { return MediaTime(value, timelineTimescale); };
+    // Each clip takes a second of its file, three seconds into the timeline.
+    const Row rows[] = {
+        {"whole", videoTrack(0, 0, 9), 2, {ticks(120'000), ticks(60'000)}, ticks(180'000)},
+        {"starts late", videoTrack(0, 0.5, 9), 0, {ticks(30'000), ticks(30'000)}, ticks(210'000)},
+        {"starts late, cut further in", videoTrack(0, 0.5, 9), 0.75, {ticks(45'000), ticks(60'000)}, ticks(180'000)},
+        {"ends early", videoTrack(0, 0, 2.5), 2, {ticks(120'000), ticks(30'000)}, ticks(180'000)},
+        {"a still stands for as long as is wanted", still, 7, {ticks(420'000), ticks(60'000)}, ticks(180'000)},
+        {"ticks that no timeline holds", oddTicks, 0, {ticks(1), ticks(59'998)}, ticks(180'001)},
+    };
+    for (const Row& row : rows) {
+        project.segments.clear();
+        files.add("/row.mov", {row.track});
+        addClip(1, 3, 1, 0, row.sourceStart).sourceURL = QUrl::fromLocalFile("/row.mov");
+        addClip(2, 4, 1);
+        const auto output = build();
+        ASSERT_TRUE(output) << row.name << output.error().message;
+        const auto& segments = output->composition->track(1)->segments();
+        ASSERT_EQ(segments.size(), 2u) << row.name << ": the clip that touches it shares its track";
+        EXPECT_EQ(segments[0].source, row.piece) << row.name;
+        EXPECT_EQ(segments[0].target, row.target) << row.name;
+        EXPECT_EQ(output->videoComposition->instructions[1]->timeRange, (MediaTimeRange{ticks(180'000), ticks(60'000)}))
+            << row.name << ": the clip keeps its whole range";
+    }
+}
+
+TEST_F(BuilderTest, ALongBuildGivesTheMainLoopItsTurns) {
+    for (int number = 0; number < 100; ++number)
+        addClip(number, number, 1);
+    const auto unbroken = build().value();
+    // Every look at the clock takes a millisecond: four clips or instructions a turn.
+    clock->step = 1000;
+    std::optional<Result<EditorCompositionOutput>> answer;
+    const QCoro::Task<> task = testing::keep(builder().build(project), answer);
+    int turns = 1;
+    while (main.runOne())
+        turns += 1;
+    EXPECT_GE(turns, 200 / 4);
+    ASSERT_TRUE(answer && *answer);
+    EXPECT_EQ((*answer)->videoTrackIDsBySegment, unbroken.videoTrackIDsBySegment);
+    EXPECT_EQ((*answer)->videoComposition->instructions.size(), 100u);
+    EXPECT_EQ(files.openCount["/a.mov"], 2) << "once a build";
 }
 
 TEST_F(BuilderTest, EverySoundOfAFileIsPlacedInTime) {
@@ -241,9 +290,8 @@ TEST_F(BuilderTest, ARefreshIsWhatABuildWouldGive) {
     project.canvas->size = CanvasPreset::square1x1;
     project.zoomBlocks = QList<ZoomBlock>{{id(7), 0, 3, 2, {}, 0.2}};
     files.openCount.clear();
-    const EditorCompositionBuilder builder(files.loader());
     const auto refreshed =
-        *finish(builder.refreshVideoComposition(project, output.composition, output.videoTrackIDsBySegment), main);
+        *finish(builder().refreshVideoComposition(project, output.composition, output.videoTrackIDsBySegment), main);
     const VideoComposition rebuilt = *build().value().videoComposition;
     ASSERT_TRUE(refreshed);
     EXPECT_EQ(refreshed->renderWidth, 1080);
@@ -255,16 +303,16 @@ TEST_F(BuilderTest, ARefreshIsWhatABuildWouldGive) {
     }
     // A clip whose track is not there is left out.
     const auto without =
-        *finish(builder.refreshVideoComposition(project, output.composition, {{id(1), 1}, {id(2), 9}}), main);
+        *finish(builder().refreshVideoComposition(project, output.composition, {{id(1), 1}, {id(2), 9}}), main);
     EXPECT_EQ(layerTracks(*without, 0), std::vector<int>{1});
     EXPECT_EQ(layerTracks(*without, 1), std::vector<int>{});
 }
 
 TEST_F(BuilderTest, TheBuilderMayGoWhileItsBuildWaits) {
     addClip(1, 0, 1);
-    auto builder = std::make_unique<EditorCompositionBuilder>(files.loader());
-    QCoro::Task<Result<EditorCompositionOutput>> task = builder->build(project);
-    builder.reset();
+    auto gone = std::make_unique<EditorCompositionBuilder>(builder());
+    QCoro::Task<Result<EditorCompositionOutput>> task = gone->build(project);
+    gone.reset();
     EXPECT_TRUE(finish(std::move(task), main)->has_value());
 }
 

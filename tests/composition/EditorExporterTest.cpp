@@ -58,11 +58,11 @@ protected:
         path = folder.filePath("out ü.mp4");
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
-        exporter =
-            std::make_unique<EditorExporter>(EditorCompositionBuilder(files.loader()), main, scheduler,
-                                             [this](const EditorCompositionOutput&) -> std::unique_ptr<ExportJob> {
-                                                 return isAvailable ? std::make_unique<ScriptedJob>(job) : nullptr;
-                                             });
+        exporter = std::make_unique<EditorExporter>(
+            EditorCompositionBuilder(files.loader(), MainTurn(main, std::make_shared<testing::SteppedClock>())), main,
+            scheduler, [this](const EditorCompositionOutput&) -> std::unique_ptr<ExportJob> {
+                return isAvailable ? std::make_unique<ScriptedJob>(job) : nullptr;
+            });
     }
 
     void begin() {

@@ -144,6 +144,41 @@ TEST(FrameComposer, ZoomStaysInsideThePicturesRectangle) {
     EXPECT_EQ(pixelAt(composed(wide, lines, {2000, 1}), 1990, 0), pixelAt(lines.at(1), 1990, 0));
 }
 
+/// Where the picture turns from black to white, told by how much light row `y` has up to `right`.
+double edgeIn(const PixelBuffer& frame, int y, double right) {
+    double light = 0;
+    for (int x = 0; x < int(std::ceil(right)); ++x)
+        light += pixelAt(frame, x, y)[0] / 255.0;
+    return right - light;
+}
+
+TEST(FrameComposer, EdgesLieWithinATenthOfAPixelInRampsToo) {
+    // Half black, half white, with a soft edge that no sampling misses; the columns do not divide by the factors of a
+    // strong reduction. The layer's own edges are sharp.
+    constexpr int width = 250;
+    const auto edge = [](int x, int) {
+        const int light = int(std::lround(255 * std::clamp((x + 0.5 - width / 2.0) / 20 + 0.5, 0.0, 1.0)));
+        return Pixel{light, light, light, 255};
+    };
+    const Sources sources{{1, paint(width, 40, edge)}};
+    for (const double scale : {0.21, 0.37, 0.8, 1.0, 1.3})
+        for (const double left : {0.0, 10.3}) {
+            EditorCompositorInstruction instruction = over({{1, place(left, 0, scale), 1}});
+            instruction.background = RGBAColor{0, 0, 0, 1};
+            instruction.zoomBlocks = {ZoomBlock{QUuid(), 0, 2, 1.6, {0.2, 0.5}, 1}};
+            FrameComposer composer;
+            for (int frame = 0; frame <= 60; ++frame) {
+                const double seconds = frame / 60.0;
+                const double progress = seconds * seconds * (3 - 2 * seconds);
+                const double focus = left + 0.2 * width * scale;
+                const double expected = focus + 0.3 * width * scale * (1 + 0.6 * progress);
+                const PixelBuffer canvas = composed(composer, instruction, sources, {400, 8}, seconds);
+                ASSERT_NEAR(edgeIn(canvas, 1, left + width * scale), expected, 0.1)
+                    << "scale " << scale << ", left " << left << ", frame " << frame;
+            }
+        }
+}
+
 TEST(FrameComposer, CornersBelongToTheRectangleAlsoUnderZoom) {
     EditorCompositorInstruction instruction = over({{1, place(10, 10), 1}});
     instruction.cornerRadiusFraction = 0.5;
@@ -207,6 +242,34 @@ TEST(FrameComposer, ShadowsFallOnLowerLayers) {
     EXPECT_EQ(pixelAt(frame, 30, 30), red);
     EXPECT_EQ(pixelAt(frame, 30, 45), (Pixel{127, 127, 127, 255}));
     EXPECT_EQ(pixelAt(frame, 30, 55), white);
+}
+
+TEST(FrameComposer, ADeepStackIsDrawnWithFewPicturesAtATime) {
+    // Each layer leaves one column of the one below it to be seen; all shadows fall below the pictures.
+    constexpr int depth = 30;
+    EditorCompositorInstruction instruction = over({});
+    for (int number = depth - 1; number >= 0; --number)
+        instruction.layers.append({number, place(number, 0), 1});
+    instruction.shadow = CanvasShadow{true, {0, 0, 0, 1}, 0.5, 0, 0.5};
+    int alive = 0;
+    int mostAlive = 0;
+    const auto source = [&](std::int32_t number) {
+        const auto pixels = std::make_shared<PixelBuffer>(flat(depth, 4, {number * 8, 0, 0, 255}));
+        mostAlive = std::max(mostAlive, ++alive);
+        const std::shared_ptr<const void> owner(pixels.get(), [pixels, &alive](const void*) { --alive; });
+        PixelBuffer::Planes planes;
+        planes[0] = {pixels->mutableRow(0, 0), pixels->strideBytes()};
+        return PixelBuffer::wrap(PixelFormat::bgra, depth, 4, planes, owner);
+    };
+    PixelBuffer canvas = flat(depth, 8, backdrop);
+    FrameComposer composer;
+    composer.compose(instruction, 0, source, canvas);
+    for (int x = 0; x < depth; ++x) {
+        ASSERT_EQ(pixelAt(canvas, x, 2), (Pixel{x * 8, 0, 0, 255}));
+        ASSERT_NEAR(pixelAt(canvas, x, 6)[0], 200 * std::pow(0.5, x + 1), 1);
+    }
+    EXPECT_EQ(alive, 0);
+    EXPECT_LE(mostAlive, 8);
 }
 
 TEST(FrameComposer, UnusualTransformsAreDrawnToo) {

@@ -49,8 +49,9 @@ TEST(FrameDrawing, TakesAndGivesEitherFormat) {
         EXPECT_EQ(samples(planar), samples(expected)) << "finer chroma is composed as it is";
         drawing.draw(
             instruction, 0, [&](std::int32_t) { return planes; }, planar);
-        if (transform.isRotating())
+        if (transform.isRotating()) {
             EXPECT_EQ(samples(planar), samples(expected)) << "what is turned leaves the 4:2:0 road";
+        }
     }
 }
 

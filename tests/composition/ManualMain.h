@@ -2,6 +2,7 @@
 
 #include "async/Scheduler.h"
 #include "base/Executor.h"
+#include "base/HostClock.h"
 
 #include <QCoroTask>
 
@@ -27,15 +28,33 @@ public:
 
     /// Runs what is posted until nothing is left.
     void run() {
-        while (!m_work.empty()) {
-            const Work work = std::move(m_work.front());
-            m_work.pop_front();
-            work();
+        while (runOne()) {
         }
+    }
+    /// Gives one turn; false when nothing is posted.
+    bool runOne() {
+        if (m_work.empty())
+            return false;
+        const Work work = std::move(m_work.front());
+        m_work.pop_front();
+        work();
+        return true;
     }
 
 private:
     std::deque<Work> m_work;
+};
+
+/// A clock that every look moves on by `step` microseconds.
+class SteppedClock final : public HostClock {
+public:
+    explicit SteppedClock(std::int64_t stepMicroseconds = 0) : step(stepMicroseconds) {}
+    MediaTime now() const override { return MediaTime(m_now += step, timescale); }
+
+    std::int64_t step;
+
+private:
+    mutable std::int64_t m_now = 0;
 };
 
 /// Repeats that come due when the test says so.

@@ -69,10 +69,13 @@ inline int numberIn(const PixelBuffer& picture) {
 }
 
 /// The same blocks drawn by the ffmpeg program; quoted for the shell.
-inline std::string paintedSource(int framesPerSecond, double seconds, const std::string& size = "128x64") {
-    return "-f lavfi -i \"color=black:s=" + size + ":r=" + std::to_string(framesPerSecond) +
-           ":d=" + std::to_string(seconds) +
+inline std::string paintedSource(const std::string& rate, double seconds, const std::string& size = "128x64") {
+    return "-f lavfi -i \"color=black:s=" + size + ":r=" + rate + ":d=" + std::to_string(seconds) +
            ",format=gray,geq=lum='if(lt(X,128)*lt(Y,32),255*mod(floor(N/pow(2,floor(X/16)+8*floor(Y/16))),2),0)'\" ";
+}
+
+inline std::string paintedSource(int rate, double seconds, const std::string& size = "128x64") {
+    return paintedSource(std::to_string(rate), seconds, size);
 }
 
 inline void runFfmpeg(const std::string& arguments) {

@@ -1,0 +1,132 @@
+#include "composition/EditorCompositionBuilder.h"
+#include "composition/ManualMain.h"
+#include "media/FrameGenerator.h"
+#include "media/TestMovies.h"
+
+#include <array>
+#include <cstdio>
+#include <filesystem>
+#include <gtest/gtest.h>
+
+namespace keldra {
+namespace {
+
+using namespace test;
+using testing::finish;
+using testing::ManualMain;
+using testing::SteppedClock;
+
+/// The project's frames, with files opened at once.
+Result<std::unique_ptr<FrameGenerator>> framesOf(const EditorProject& project) {
+    ManualMain main;
+    const AssetLoader open = [&main](const std::string& path, Completion<AssetPtr> done) {
+        main.post([path, done] { done(Asset::open(path)); });
+    };
+    const EditorCompositionBuilder builder(open, MainTurn(main, std::make_shared<SteppedClock>()));
+    TRY_LET(const EditorCompositionOutput output, *finish(builder.build(project), main));
+    return std::make_unique<FrameGenerator>(output.composition, output.videoComposition.value());
+}
+
+/// A canvas of the picture's size with the given clips and nothing around them.
+EditorProject plainProject(QList<EditorSegment> clips) {
+    EditorProject project;
+    project.frameRate = 30;
+    project.canvasWidth = pictureWidth;
+    project.canvasHeight = pictureHeight;
+    project.segments = std::move(clips);
+    return project;
+}
+
+EditorSegment clipOf(const std::string& path, double start, double duration) {
+    EditorSegment clip;
+    clip.id = QUuid::createUuid();
+    clip.sourceURL = QUrl::fromLocalFile(QString::fromStdString(path));
+    clip.timelineStart = start;
+    clip.duration = duration;
+    return clip;
+}
+
+int shownAt(FrameGenerator& frames, MediaTime time) {
+    const auto frame = frames.frameAt(time);
+    EXPECT_TRUE(frame) << (frame ? "" : frame.error().message);
+    return frame ? numberIn(*frame) : -1;
+}
+
+bool hasEncoder(const std::string& name) {
+    const std::string command = "ffmpeg -v error -hide_banner -encoders | grep -q ' " + name + " '";
+    return std::system(command.c_str()) == 0;
+}
+
+struct Codec {
+    const char* name;
+    const char* encoder;
+    const char* file;
+    const char* options;
+    /// The container's clock holds every frame's time.
+    bool isExact = true;
+};
+
+struct Rate {
+    const char* name;
+    const char* rate;
+    const char* filter;
+    MediaTime (*timeOf)(int number);
+};
+
+using Row = std::tuple<Codec, Rate>;
+class MovieFrames : public ::testing::TestWithParam<Row> {};
+
+TEST_P(MovieFrames, FrameNOfTheFileIsFrameNOnTheCanvas) {
+    constexpr int count = 30;
+    const auto& [codec, rate] = GetParam();
+    if (!hasEncoder(codec.encoder))
+        GTEST_SKIP() << "this ffmpeg has no encoder " << codec.encoder;
+    const TemporaryFolder folder;
+    const std::string path = folder / codec.file;
+    // Twice as many are painted, for every rate; the encoder takes what it needs.
+    runFfmpeg(paintedSource(rate.rate, 4) + "-vf " + rate.filter + " -vsync passthrough -enc_time_base -1 -frames:v " +
+              std::to_string(count) + " -c:v " + codec.encoder + " " + codec.options + " '" + path + "'");
+
+    const auto frames = framesOf(plainProject({clipOf(path, 0, 10)}));
+    ASSERT_TRUE(frames) << frames.error().message;
+    std::vector<int> order;
+    for (int number = 0; number < count; ++number)
+        order.push_back(number);
+    for (int number = count - 1; number >= 0; number -= 4)
+        order.push_back(number);
+    for (const int number : order) {
+        const MediaTime start = rate.timeOf(number);
+        const MediaTime middle = start + MediaTime(1, 150);
+        if (codec.isExact) {
+            ASSERT_EQ(shownAt(**frames, start), number) << "at its very start";
+        }
+        ASSERT_EQ(shownAt(**frames, middle), number);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , MovieFrames,
+    ::testing::Combine(
+        ::testing::Values(
+            Codec{"h264", "libx264", "a.mp4", "-bf 2 -g 12 -pix_fmt yuv420p -video_track_timescale 600000"},
+            Codec{"h264TenBits", "libx264", "a.mov", "-g 12 -pix_fmt yuv420p10le -video_track_timescale 600000"},
+            Codec{"hevc", "libx265", "a.mp4",
+                  "-x265-params log-level=none:keyint=12 -pix_fmt yuv420p -video_track_timescale 600000"},
+            Codec{"hevcTenBits", "libx265", "a.mp4",
+                  "-x265-params log-level=none:keyint=12 -pix_fmt yuv420p10le -video_track_timescale 600000"},
+            Codec{"vp9", "libvpx-vp9", "a.webm", "-deadline realtime -cpu-used 8 -g 12 -b:v 2M", false},
+            Codec{"av1", "libaom-av1", "a.mp4",
+                  "-usage realtime -cpu-used 8 -g 12 -b:v 2M -video_track_timescale 600000"},
+            Codec{"prores", "prores_ks", "a.mov", "-pix_fmt yuv422p10le -video_track_timescale 600000"},
+            Codec{"mjpeg", "mjpeg", "a.mov", "-q:v 2 -pix_fmt yuvj420p -video_track_timescale 600000"}),
+        ::testing::Values(
+            Rate{"23976", "24000/1001", "null", [](int number) { return MediaTime(number * 1001, 24000); }},
+            Rate{"25", "25", "null", [](int number) { return MediaTime(number, 25); }},
+            Rate{"2997", "30000/1001", "null", [](int number) { return MediaTime(number * 1001, 30000); }},
+            Rate{"5994", "60000/1001", "null", [](int number) { return MediaTime(number * 1001, 60000); }},
+            Rate{"variable", "30", "'settb=1/600,setpts=20*N+7*mod(N*N\\,3)'",
+                 [](int number) { return MediaTime(20 * number + 7 * (number * number % 3), 600); }})),
+    [](const auto& row) { return std::string(std::get<0>(row.param).name) + "At" + std::get<1>(row.param).name; });
+
+} // namespace
+} // namespace keldra
