@@ -76,6 +76,8 @@ Result<std::unique_ptr<MovieInput>> MovieInput::open(const std::string& path, co
 
     AVDictionary* options = nullptr;
     av_dict_set(&options, "format_whitelist", containers, 0);
+    // WAV: bytes a packet. Its own 4096 make reading dear.
+    av_dict_set(&options, "max_size", "65536", 0);
     AVFormatContext* context = nullptr;
     // The prefix keeps libav from reading a name such as "a:b.mov" as an address.
     const int opened = avformat_open_input(&context, ("file:" + path).c_str(), nullptr, &options);
@@ -98,10 +100,15 @@ Result<std::unique_ptr<MovieInput>> MovieInput::open(const std::string& path, co
 }
 
 std::int64_t MovieInput::originTicks(int index) const {
-    const bool startsAnywhere = (m_context->iformat->flags & AVFMT_TS_DISCONT) != 0;
+    const bool startsAnywhere =
+        (m_context->iformat->flags & AVFMT_TS_DISCONT) != 0 || std::strcmp(m_context->iformat->name, "mp3") == 0;
     if (!startsAnywhere || m_context->start_time == AV_NOPTS_VALUE)
         return 0;
     return av_rescale_q(m_context->start_time, AV_TIME_BASE_Q, m_context->streams[index]->time_base);
+}
+
+bool MovieInput::isQuickTime() const {
+    return std::strstr(m_context->iformat->name, "mov") != nullptr;
 }
 
 std::string MovieInput::tag(const char* name) const {
