@@ -32,8 +32,8 @@ std::int64_t packetGridOf(AVCodecID codec) {
 
 /// The length that an edit list states, where the last packet holds more than it shows.
 std::optional<std::int64_t> statedEnd(MovieInput& input, AVStream& stream) {
-    const bool isCounted =
-        stream.nb_frames > 0 && stream.nb_frames == avformat_index_get_entries_count(&stream) && input.isQuickTime();
+    const bool isCounted = stream.nb_frames > 0 && stream.nb_frames == avformat_index_get_entries_count(&stream) &&
+                           input.isContainer("mov");
     if (!isCounted || stream.start_time == AV_NOPTS_VALUE || stream.duration <= 0)
         return std::nullopt;
     const AVIndexEntry* last = avformat_index_get_entry(&stream, int(stream.nb_frames) - 1);
@@ -46,41 +46,55 @@ std::optional<std::int64_t> statedEnd(MovieInput& input, AVStream& stream) {
 } // namespace
 
 Result<std::unique_ptr<AudioDecoder>> AudioDecoder::open(const std::string& path, int streamIndex) {
-    const std::string name = fileNameOf(path);
-    TRY_LET(auto input, MovieInput::open(path, name));
-    if (streamIndex < 0 || streamIndex >= input->streamCount() ||
-        input->stream(streamIndex).codecpar->codec_type != AVMEDIA_TYPE_AUDIO)
-        return fail(mediaError(MediaError::noSuchTrack, name + " has no sound track " + std::to_string(streamIndex)));
-    AVStream& stream = input->stream(streamIndex);
-    const AVCodecParameters& parameters = *stream.codecpar;
-    const AVCodec* codec = avcodec_find_decoder(parameters.codec_id);
-    if (codec == nullptr || parameters.sample_rate <= 0 || parameters.ch_layout.nb_channels <= 0)
-        return fail(mediaError(MediaError::noDecoder,
-                               name + ": There is no decoder for " + avcodec_get_name(parameters.codec_id)));
-    CodecContextPtr context(avcodec_alloc_context3(codec));
-    if (const int answer = avcodec_parameters_to_context(context.get(), &parameters); answer < 0)
-        return fail(libavError(answer, name));
-    // The codec cuts run-ins off and moves times by them, so it has to count in samples.
-    context->pkt_timebase = {1, parameters.sample_rate};
-    context->thread_count = 1;
-    if (const int answer = avcodec_open2(context.get(), codec, nullptr); answer < 0)
-        return fail(libavError(answer, name));
-
     std::unique_ptr<AudioDecoder> decoder(new AudioDecoder);
+    decoder->m_path = path;
     decoder->m_streamIndex = streamIndex;
+    decoder->m_packet.reset(av_packet_alloc());
+    TRY(decoder->openInput());
+    MovieInput& input = *decoder->m_input;
+    AVStream& stream = input.stream(streamIndex);
+    const AVCodecParameters& parameters = *stream.codecpar;
+    if (parameters.sample_rate <= 0 || parameters.ch_layout.nb_channels <= 0)
+        return fail(mediaError(MediaError::noSuchTrack, input.displayName() + ": Its sound track states no form"));
     decoder->m_rate = parameters.sample_rate;
     decoder->m_channelCount = parameters.ch_layout.nb_channels;
-    decoder->m_origin = input->originTicks(streamIndex);
+    decoder->m_origin = input.originTicks(streamIndex);
     const double tick = av_q2d(stream.time_base) * parameters.sample_rate;
     const bool isExact = stream.time_base.num == 1 && stream.time_base.den % parameters.sample_rate == 0;
     decoder->m_tick = isExact ? 0 : tick;
-    decoder->m_end = statedEnd(*input, stream);
+    decoder->m_end = statedEnd(input, stream);
     decoder->m_packetGrid = packetGridOf(parameters.codec_id);
-    decoder->m_codec = std::move(context);
-    decoder->m_packet.reset(av_packet_alloc());
-    decoder->m_input = std::move(input);
-    decoder->m_input->readOnly(streamIndex);
+    TRY(decoder->openCodec());
     return decoder;
+}
+
+Result<void> AudioDecoder::openInput() {
+    TRY_LET(auto input, MovieInput::open(m_path, fileNameOf(m_path)));
+    if (m_streamIndex < 0 || m_streamIndex >= input->streamCount() ||
+        input->stream(m_streamIndex).codecpar->codec_type != AVMEDIA_TYPE_AUDIO)
+        return fail(mediaError(MediaError::noSuchTrack,
+                               fileNameOf(m_path) + " has no sound track " + std::to_string(m_streamIndex)));
+    m_input = std::move(input);
+    m_input->readOnly(m_streamIndex);
+    return {};
+}
+
+Result<void> AudioDecoder::openCodec() {
+    const AVCodecParameters& parameters = *m_input->stream(m_streamIndex).codecpar;
+    const std::string& name = m_input->displayName();
+    const AVCodec* codec = avcodec_find_decoder(parameters.codec_id);
+    if (codec == nullptr)
+        return fail(mediaError(MediaError::noDecoder,
+                               name + ": There is no decoder for " + avcodec_get_name(parameters.codec_id)));
+    m_codec.reset(avcodec_alloc_context3(codec));
+    if (const int answer = avcodec_parameters_to_context(m_codec.get(), &parameters); answer < 0)
+        return fail(libavError(answer, name));
+    // The codec cuts run-ins off and moves times by them, so it has to count in samples.
+    m_codec->pkt_timebase = {1, m_rate};
+    m_codec->thread_count = 1;
+    if (const int answer = avcodec_open2(m_codec.get(), codec, nullptr); answer < 0)
+        return fail(libavError(answer, name));
+    return {};
 }
 
 Result<std::optional<DecodedSound>> AudioDecoder::next() {
@@ -96,6 +110,7 @@ Result<std::optional<DecodedSound>> AudioDecoder::next() {
         if (sound->frameCount <= 0)
             continue;
         m_from = sound->position + sound->frameCount;
+        m_isRunningIn = false;
         return sound;
     }
 }
@@ -130,6 +145,8 @@ Result<std::optional<DecodedSound>> AudioDecoder::decodeNext() {
         m_isAfterLoss = false;
         if (!m_start) {
             m_start = position;
+            // A run-in may have been cut off its front.
+            m_packetEnd = *m_expected;
             if (m_packetGrid == 0)
                 m_packetGrid = m_codec->frame_size > 0 ? m_codec->frame_size : frame->nb_samples;
         }
@@ -215,10 +232,11 @@ std::int64_t AudioDecoder::positionOf(const AVFrame& frame) {
     const std::int64_t origin = av_rescale_q(m_origin, m_input->stream(m_streamIndex).time_base, {1, m_rate});
     stamped = stamped == AV_NOPTS_VALUE ? farthest : av_sat_sub64(stamped, origin);
     const bool isStamped = std::abs(stamped) < farthest;
-    if (!m_expected)
-        return isStamped ? settled(stamped) : m_start.value_or(0);
     if (!isStamped)
-        return *m_expected;
+        return m_expected.value_or(m_start.value_or(0));
+    // Some containers guess at the first packets behind a seek and know the later ones.
+    if (!m_expected || m_isRunningIn)
+        return settled(stamped);
     const std::int64_t gap = stamped - *m_expected;
     // A packet that was left out may be short; otherwise recorders stamp late and early by several milliseconds.
     const double tolerance =
@@ -234,12 +252,16 @@ std::int64_t AudioDecoder::settled(std::int64_t stamped) const {
     if (m_tick <= 0)
         return stamped;
     const double slack = m_tick + 1;
-    if (!m_start)
-        return std::abs(double(stamped)) <= slack ? 0 : stamped;
-    if (double(m_packetGrid) < 2 * m_tick)
+    const std::int64_t first = m_start.value_or(0);
+    if (std::abs(double(stamped - first)) <= slack)
+        return first;
+    // A grid finer than the error tells nothing.
+    if (double(m_packetGrid) < 1.2 * m_tick)
         return stamped;
-    const auto packets = std::int64_t(std::llround(double(stamped - *m_start) / double(m_packetGrid)));
-    const std::int64_t onGrid = *m_start + packets * m_packetGrid;
+    // Some muxers round up, others to the nearest: the middle of the two.
+    const double likely = double(stamped - m_packetEnd) - m_tick / 4;
+    const auto packets = std::int64_t(std::llround(likely / double(m_packetGrid)));
+    const std::int64_t onGrid = m_packetEnd + packets * m_packetGrid;
     return std::abs(double(onGrid - stamped)) <= slack ? onGrid : stamped;
 }
 
@@ -261,6 +283,7 @@ void AudioDecoder::forgetPosition() {
     m_waiting.reset();
     m_expected.reset();
     m_isAfterLoss = false;
+    m_isRunningIn = false;
     m_isInputAtEnd = false;
 }
 
@@ -276,6 +299,9 @@ Result<void> AudioDecoder::seek(std::int64_t position) {
     if (isJustAhead)
         return {};
 
+    // Once it has seen the end, libav's Ogg reader gives wrong times to what lies on the last page.
+    if (m_isInputAtEnd && m_input->isContainer("ogg"))
+        TRY(openInput());
     const AVStream& stream = m_input->stream(m_streamIndex);
     constexpr int mostSteps = 8;
     std::int64_t back = runIn();
@@ -283,14 +309,20 @@ Result<void> AudioDecoder::seek(std::int64_t position) {
         const std::int64_t ticks = av_rescale_q_rnd(position - back, {1, m_rate}, stream.time_base, AV_ROUND_DOWN);
         TRY(m_input->seek(m_streamIndex, av_sat_add64(ticks, m_origin)));
         forgetPosition();
+        m_isRunningIn = true;
         TRY_LET(m_waiting, decodeNext());
         if (m_waiting && m_waiting->position <= position - runIn() / 2)
             return {};
         back = std::max<std::int64_t>(m_rate, back * 4);
     }
+    return rewind();
+}
+
+Result<void> AudioDecoder::rewind() {
     TRY(m_input->rewind(m_streamIndex));
     forgetPosition();
-    return {};
+    // Some codecs keep the end of what they decoded last through a flush, and here no run-in covers it.
+    return openCodec();
 }
 
 } // namespace keldra

@@ -40,7 +40,9 @@ public:
 
 private:
     AudioDecoder() = default;
-
+    [[nodiscard]] Result<void> openInput();
+    [[nodiscard]] Result<void> openCodec();
+    [[nodiscard]] Result<void> rewind();
     [[nodiscard]] Result<std::optional<DecodedSound>> decodeNext();
     [[nodiscard]] Result<FramePtr> receive();
     /// One packet further into the codec, or the news of the end.
@@ -55,6 +57,7 @@ private:
     void forgetPosition();
     std::int64_t runIn() const;
 
+    std::string m_path;
     std::unique_ptr<MovieInput> m_input;
     int m_streamIndex = 0;
     int m_rate = 0;
@@ -68,8 +71,10 @@ private:
     SwrPtr m_toFirstForm;
     SoundEnd m_otherForm;
 
-    /// Of the first sound of the stream, and what lengths of packets are multiples of.
+    /// Of the first sound of the stream.
     std::optional<std::int64_t> m_start;
+    /// Where one packet ends, and what the lengths of all are multiples of.
+    std::int64_t m_packetEnd = 0;
     std::int64_t m_packetGrid = 0;
     /// Where the sound ends although the last packet holds more.
     std::optional<std::int64_t> m_end;
@@ -78,6 +83,8 @@ private:
     /// Where the next packet begins if it follows on.
     std::optional<std::int64_t> m_expected;
     bool m_isAfterLoss = false;
+    /// Since a seek nothing was given.
+    bool m_isRunningIn = false;
     /// Decoded while looking for a place, and not given yet.
     std::optional<DecodedSound> m_waiting;
     bool m_isInputAtEnd = false;

@@ -9,6 +9,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+extern "C" {
+#include <libavutil/avstring.h>
+}
+
 namespace keldra {
 namespace {
 
@@ -100,15 +104,14 @@ Result<std::unique_ptr<MovieInput>> MovieInput::open(const std::string& path, co
 }
 
 std::int64_t MovieInput::originTicks(int index) const {
-    const bool startsAnywhere =
-        (m_context->iformat->flags & AVFMT_TS_DISCONT) != 0 || std::strcmp(m_context->iformat->name, "mp3") == 0;
+    const bool startsAnywhere = (m_context->iformat->flags & AVFMT_TS_DISCONT) != 0 || isContainer("mp3");
     if (!startsAnywhere || m_context->start_time == AV_NOPTS_VALUE)
         return 0;
     return av_rescale_q(m_context->start_time, AV_TIME_BASE_Q, m_context->streams[index]->time_base);
 }
 
-bool MovieInput::isQuickTime() const {
-    return std::strstr(m_context->iformat->name, "mov") != nullptr;
+bool MovieInput::isContainer(const char* family) const {
+    return av_match_name(family, m_context->iformat->name) > 0;
 }
 
 std::string MovieInput::tag(const char* name) const {

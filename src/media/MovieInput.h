@@ -25,8 +25,8 @@ public:
     /// What the packets' times count from, in ticks of the stream: containers made for broadcast start anywhere, and
     /// an MP3 starts behind its decoder's run-in.
     std::int64_t originTicks(int index) const;
-    /// Whether it is of the QuickTime family (MOV, MP4), whose index tells where every packet lies.
-    bool isQuickTime() const;
+    /// Whether the container is of this family, by libav's short name; MOV and MP4 are "mov".
+    bool isContainer(const char* family) const;
     /// A fact about the whole movie that MovieMuxer::setTag() left; empty when there is none.
     std::string tag(const char* name) const;
     /// The frames per second that a video stream is made for: what the movie or its codec states, else what its times
