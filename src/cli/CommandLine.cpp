@@ -5,9 +5,11 @@
 #include "cli/Console.h"
 #include "cli/ExportCommand.h"
 #include "cli/FrameCommand.h"
+#include "cli/LoudnessCommand.h"
 #include "cli/ProjectCommand.h"
 #include "cli/RecordCommand.h"
 #include "cli/SourcesCommand.h"
+#include "cli/WaveformCommand.h"
 
 #include <QCoreApplication>
 
@@ -44,6 +46,14 @@ constexpr Command commands[] = {
         the finished movie of a movie or project
 )",
      runExport},
+    {"loudness", R"(keldra loudness FILE [--start S] [--duration D]
+        peak, RMS and the gain that would even it out, as JSON; of the first sound track
+)",
+     runLoudness},
+    {"waveform", R"(keldra waveform FILE [--buckets N]
+        the heights of the sound over time, from 0 (-54 dB) to 1 (full scale), as JSON
+)",
+     runWaveform},
 };
 
 const Command* findCommand(const QString& name) {

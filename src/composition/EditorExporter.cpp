@@ -12,7 +12,7 @@ constexpr std::chrono::milliseconds pollPeriod(120);
 class SessionJob final : public ExportJob {
 public:
     explicit SessionJob(const EditorCompositionOutput& output)
-        : m_session(output.composition, output.videoComposition) {}
+        : m_session(output.composition, output.videoComposition, output.audioMix) {}
 
     void start(const std::string& path, Executor& answer, Completion<void> done) override {
         m_session.start(path, answer, std::move(done));

@@ -1,21 +1,11 @@
 #include "media/AudioMix.h"
 
+#include "media/AudioBuffer.h"
+
 #include <algorithm>
-#include <limits>
 
 namespace keldra {
 namespace {
-
-/// The first sample that is not before `time`.
-std::int64_t firstSampleAt(MediaTime time, int sampleRate) {
-    __extension__ using Wide = __int128;
-    if (!time.isNumeric())
-        return std::numeric_limits<std::int64_t>::max();
-    const Wide numerator = Wide(time.value()) * sampleRate;
-    const Wide denominator = time.timescale();
-    // Division cuts towards zero, which already is upwards for what is negative.
-    return std::int64_t(numerator / denominator + (numerator % denominator > 0));
-}
 
 void multiply(float* samples, std::int64_t count, float gain) {
     if (gain == 1)

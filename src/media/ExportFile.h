@@ -6,32 +6,48 @@
 #include "media/H264Encoder.h"
 #include "media/MovieMuxer.h"
 #include "media/OutputFile.h"
+#include "media/SoundEncoding.h"
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace keldra {
 
-/// An MP4 that is being encoded frame by frame at a constant rate. Belongs to one thread at a time.
+/// An MP4 that is being encoded frame by frame at a constant rate, with sound beside the pictures or alone; packets
+/// stand in it in the order of time. Belongs to one thread at a time.
 class ExportFile {
 public:
-    /// Makes the file, which must not exist. Odd sides lose their last row or column.
-    [[nodiscard]] static Result<std::unique_ptr<ExportFile>> create(const std::string& path, int width, int height,
-                                                                    MediaTime frameDuration);
+    struct Picture {
+        /// Odd sides lose their last row or column.
+        int width = 0;
+        int height = 0;
+        MediaTime frameDuration;
+    };
+
+    /// Makes the file, which must not exist. The sound outlives it and is started by the caller.
+    [[nodiscard]] static Result<std::unique_ptr<ExportFile>>
+    create(const std::string& path, const std::optional<Picture>& picture, SoundEncoding* sound);
 
     /// The next frame, of the size given to create(), in either format.
     [[nodiscard]] Result<void> append(const PixelBuffer& picture);
     /// The next frame looks like the last one.
     [[nodiscard]] Result<void> appendAgain();
-    /// Writes the index and moves it to the head.
+    /// The next packet of the sound, and where it ends. Invalid when there is none left. For sound alone; beside
+    /// pictures it follows them by itself.
+    [[nodiscard]] Result<MediaTime> appendSound();
+    /// Writes what is left, then the index and moves it to the head.
     [[nodiscard]] Result<void> finish();
     /// Takes the unfinished file off the disk.
     void remove() { m_file->remove(); }
 
 private:
     ExportFile() = default;
-    [[nodiscard]] Result<void> open(int width, int height, MediaTime frameDuration);
+    [[nodiscard]] Result<void> open(const std::optional<Picture>& picture);
+    [[nodiscard]] Result<void> openPicture(const Picture& picture);
+    /// All sound that belongs before this moment of the file.
+    [[nodiscard]] Result<void> writeSoundBefore(std::int64_t ticks, AVRational timeBase);
     [[nodiscard]] H264Encoder::PacketSink packetSink();
 
     std::unique_ptr<OutputFile> m_file;
@@ -44,6 +60,12 @@ private:
     /// What the last frame was encoded from.
     PixelBuffer m_last;
     std::int64_t m_frameCount = 0;
+
+    SoundEncoding* m_sound = nullptr;
+    int m_soundTrack = 0;
+    /// Taken from the sound, and its turn has not come.
+    PacketPtr m_soundPacket;
+    bool m_isSoundAtEnd = false;
 };
 
 } // namespace keldra

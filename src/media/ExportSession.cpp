@@ -6,6 +6,7 @@
 #include "media/FrameRequest.h"
 #include "media/FrameWindow.h"
 #include "media/MediaError.h"
+#include "media/SoundEncoding.h"
 
 #include <algorithm>
 #include <cassert>
@@ -32,6 +33,12 @@ bool isSamePictures(const CompositionReader::Frames& a, const CompositionReader:
            });
 }
 
+bool hasSound(const Composition& composition) {
+    return std::any_of(composition.tracks().begin(), composition.tracks().end(), [](const auto& track) {
+        return track->kind() == MediaKind::audio && !track->segments().empty();
+    });
+}
+
 } // namespace
 
 /// One export under way. Two loops, each one piece of work on its own queue, with the compositor and the window
@@ -41,18 +48,23 @@ public:
     Run(ExportSession& session, std::string path)
         : m_session(session)
         , m_composition(session.m_composition)
-        , m_videoComposition(*session.m_videoComposition)
+        , m_videoComposition(session.m_videoComposition)
         , m_path(std::move(path))
-        , m_frameCount(frameCountOf(m_composition->duration(), m_videoComposition.frameDuration))
+        , m_frameCount(m_videoComposition ? frameCountOf(m_composition->duration(), m_videoComposition->frameDuration)
+                                          : 0)
         , m_window(std::make_shared<FrameWindow>(framesUnderWay))
         , m_encoding("KELDRA.Export.Encoder")
-        , m_compositor(m_videoComposition.makeCompositor())
-        , m_reading("KELDRA.Export.Reader") {}
+        , m_compositor(m_videoComposition ? m_videoComposition->makeCompositor() : nullptr)
+        , m_reading("KELDRA.Export.Reader") {
+        MixReader mix(m_composition, session.m_audioMix, {});
+        if (mix.hasSound())
+            m_sound = std::make_unique<SoundEncoding>(std::move(mix));
+    }
 
     void start(Executor& answer, Completion<void> done) {
         m_reading.post([this] {
             if (Result<void> read = readFrames(); !read)
-                m_window->stop(std::move(read.error()));
+                stop(std::move(read.error()));
         });
         m_encoding.post([this, &answer, done = std::move(done)]() mutable {
             m_session.m_status = Status::exporting;
@@ -63,23 +75,31 @@ public:
         });
     }
 
-    void cancel() { m_window->stop(cancellation()); }
+    void cancel() { stop(cancellation()); }
 
 private:
+    void stop(Error reason) {
+        m_window->stop(std::move(reason));
+        if (m_sound)
+            m_sound->stop();
+    }
+
     static Error cancellation() { return mediaError(MediaError::cancelled, "Export cancelled."); }
 
     Result<void> readFrames() {
+        if (!m_videoComposition)
+            return {};
         // What composed frames need beyond those under way: the compositor may keep one or two.
-        const auto pool = std::make_shared<PixelBufferPool>(PixelFormat::i420, m_videoComposition.renderWidth,
-                                                            m_videoComposition.renderHeight, framesUnderWay + 4);
+        const auto pool = std::make_shared<PixelBufferPool>(PixelFormat::i420, m_videoComposition->renderWidth,
+                                                            m_videoComposition->renderHeight, framesUnderWay + 4);
         CompositionReader reader(m_composition, {PixelFormat::i420, 2});
         std::shared_ptr<const VideoInstruction> lastInstruction;
         CompositionReader::Frames lastFrames;
         for (std::int64_t index = 0; index < m_frameCount; ++index) {
             if (!m_window->enter())
                 return {};
-            const MediaTime time = m_videoComposition.frameDuration * index;
-            const auto instruction = m_videoComposition.instructionAt(time);
+            const MediaTime time = m_videoComposition->frameDuration * index;
+            const auto instruction = m_videoComposition->instructionAt(time);
             if (!instruction)
                 return fail(mediaError(MediaError::outsideTheTimeline, "The timeline has a hole."));
             if (instruction->requiredSourceTrackIDs.size() > mostTracksAhead) {
@@ -109,7 +129,7 @@ private:
     Result<void> composeDeep(CompositionReader& reader, std::int64_t index,
                              const std::shared_ptr<const VideoInstruction>& instruction,
                              const std::shared_ptr<PixelBufferPool>& pool) {
-        const MediaTime time = m_videoComposition.frameDuration * index;
+        const MediaTime time = m_videoComposition->frameDuration * index;
         std::optional<Error> failure;
         const auto read = [&](std::int32_t trackID) {
             Result<PixelBuffer> frame = failure ? PixelBuffer() : reader.frameAt(time, trackID);
@@ -131,21 +151,26 @@ private:
     Result<void> encodeFrames() {
         if (const auto reason = m_window->stopReason())
             return fail(*reason);
-        auto file = ExportFile::create(m_path, m_videoComposition.renderWidth, m_videoComposition.renderHeight,
-                                       m_videoComposition.frameDuration);
+        std::optional<ExportFile::Picture> picture;
+        if (m_videoComposition)
+            picture = {m_videoComposition->renderWidth, m_videoComposition->renderHeight,
+                       m_videoComposition->frameDuration};
+        auto file = ExportFile::create(m_path, picture, m_sound.get());
         if (!file) {
-            m_window->stop(file.error());
+            stop(file.error());
             return fail(std::move(file.error()));
         }
+        if (m_sound)
+            m_sound->start([this](Error error) { stop(std::move(error)); });
         Result<void> encoded = encodeInto(**file);
         if (!encoded) {
-            m_window->stop(encoded.error());
+            stop(encoded.error());
             (*file)->remove();
         }
         return encoded;
     }
 
-    Result<void> encodeInto(ExportFile& file) {
+    Result<void> encodePictures(ExportFile& file) {
         for (std::int64_t index = 0; index < m_frameCount; ++index) {
             const auto frame = m_window->take(index);
             if (!frame)
@@ -157,20 +182,38 @@ private:
             m_window->leave();
             m_session.m_progress = float(index + 1) / float(m_frameCount);
         }
+        return {};
+    }
+
+    Result<void> encodeSoundAlone(ExportFile& file) {
+        const double length = m_composition->duration().seconds();
+        for (;;) {
+            TRY_LET(const MediaTime end, file.appendSound());
+            if (!end.isValid())
+                return {};
+            m_session.m_progress = float(std::clamp(end.seconds() / length, 0.0, 1.0));
+        }
+    }
+
+    Result<void> encodeInto(ExportFile& file) {
+        TRY(m_videoComposition ? encodePictures(file) : encodeSoundAlone(file));
         if (!m_window->stopReason())
             TRY(file.finish());
         // A cancel that comes while the index moves is one too.
         if (const auto reason = m_window->stopReason())
             return fail(*reason);
+        m_session.m_progress = 1;
         return {};
     }
 
     ExportSession& m_session;
     const std::shared_ptr<const Composition> m_composition;
-    const VideoComposition m_videoComposition;
+    const std::optional<VideoComposition> m_videoComposition;
     const std::string m_path;
     const std::int64_t m_frameCount;
     const std::shared_ptr<FrameWindow> m_window;
+    // Its queue tells the window, and the encoder's queue takes from it.
+    std::unique_ptr<SoundEncoding> m_sound;
     // They end from the last to the first: nothing is composed any more once the reader has ended, and the frames of
     // the compositor are all there, or dropped, once it has gone.
     SerialQueue m_encoding;
@@ -179,8 +222,10 @@ private:
 };
 
 ExportSession::ExportSession(std::shared_ptr<const Composition> composition,
-                             std::optional<VideoComposition> videoComposition)
-    : m_composition(std::move(composition)), m_videoComposition(std::move(videoComposition)) {}
+                             std::optional<VideoComposition> videoComposition, std::optional<AudioMix> audioMix)
+    : m_composition(std::move(composition))
+    , m_videoComposition(std::move(videoComposition))
+    , m_audioMix(std::move(audioMix)) {}
 
 ExportSession::~ExportSession() {
     cancel();
@@ -192,9 +237,9 @@ void ExportSession::start(const std::string& path, Executor& answer, Completion<
         m_status = Status::failed;
         answer.post([done, error = mediaError(code, words)] { done(fail(error)); });
     };
-    if (!m_videoComposition || m_composition->duration() <= MediaTime::zero())
-        return refuse(MediaError::noPicture, "There is no picture to export.");
-    if (!findFaults(*m_videoComposition, *m_composition).empty())
+    if ((!m_videoComposition && !hasSound(*m_composition)) || m_composition->duration() <= MediaTime::zero())
+        return refuse(MediaError::noPicture, "There is no picture and no sound to export.");
+    if (m_videoComposition && !findFaults(*m_videoComposition, *m_composition).empty())
         return refuse(MediaError::invalidSettings, "The video timeline cannot be exported.");
     m_status = Status::waiting;
     m_run = std::make_unique<Run>(*this, path);

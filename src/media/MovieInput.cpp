@@ -11,6 +11,10 @@
 #include <unistd.h>
 #include <vector>
 
+extern "C" {
+#include <libavutil/avstring.h>
+}
+
 namespace keldra {
 namespace {
 
@@ -93,6 +97,8 @@ Result<std::unique_ptr<MovieInput>> MovieInput::open(const std::string& path, co
     av_dict_set(&options, "format_whitelist", containers, 0);
     // A picture's name is a name, not a pattern of many names.
     av_dict_set(&options, "pattern_type", "none", 0);
+    // WAV: bytes a packet. Its own 4096 make reading dear.
+    av_dict_set(&options, "max_size", "65536", 0);
     AVFormatContext* context = nullptr;
     // The prefix keeps libav from reading a name such as "a:b.mov" as an address.
     const int opened = avformat_open_input(&context, ("file:" + path).c_str(), nullptr, &options);
@@ -115,7 +121,7 @@ Result<std::unique_ptr<MovieInput>> MovieInput::open(const std::string& path, co
 }
 
 std::int64_t MovieInput::originTicks(int index) const {
-    const bool startsAnywhere = (m_context->iformat->flags & AVFMT_TS_DISCONT) != 0;
+    const bool startsAnywhere = (m_context->iformat->flags & AVFMT_TS_DISCONT) != 0 || isContainer("mp3");
     if (!startsAnywhere || m_context->start_time == AV_NOPTS_VALUE)
         return 0;
     return av_rescale_q(m_context->start_time, AV_TIME_BASE_Q, m_context->streams[index]->time_base);
@@ -124,6 +130,10 @@ std::int64_t MovieInput::originTicks(int index) const {
 bool MovieInput::isStillPicture() const {
     const std::string_view format = m_context->iformat->name;
     return format == "image2" || format.ends_with("_pipe");
+}
+
+bool MovieInput::isContainer(const char* family) const {
+    return av_match_name(family, m_context->iformat->name) > 0;
 }
 
 std::string MovieInput::tag(const char* name) const {

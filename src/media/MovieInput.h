@@ -22,10 +22,13 @@ public:
     const std::string& displayName() const { return m_displayName; }
     int streamCount() const { return int(m_context->nb_streams); }
     AVStream& stream(int index) { return *m_context->streams[index]; }
-    /// What the packets' times count from, in ticks of the stream: containers made for broadcast start anywhere.
+    /// What the packets' times count from, in ticks of the stream: containers made for broadcast start anywhere, and
+    /// an MP3 starts behind its decoder's run-in.
     std::int64_t originTicks(int index) const;
     /// Whether the file is one picture without a time of its own.
     bool isStillPicture() const;
+    /// Whether the container is of this family, by libav's short name; MOV and MP4 are "mov".
+    bool isContainer(const char* family) const;
     /// A fact about the whole movie that MovieMuxer::setTag() left; empty when there is none.
     std::string tag(const char* name) const;
     /// The frames per second that a video stream is made for: what the movie or its codec states, else what its times

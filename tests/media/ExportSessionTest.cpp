@@ -220,7 +220,7 @@ TEST_F(ExportSessionTest, RefusesWhatCannotBeExported) {
     VideoComposition hole = videoAt(MediaTime(1, 30));
     hole.instructions = {showing({1}, MediaTime::zero(), MediaTime(1, 1))};
     const std::vector<std::pair<std::optional<VideoComposition>, std::string>> rows{
-        {std::nullopt, "There is no picture to export."},
+        {std::nullopt, "There is no picture and no sound to export."},
         {hole, "The video timeline cannot be exported."},
     };
     for (const auto& [video, words] : rows) {

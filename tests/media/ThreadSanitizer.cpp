@@ -6,6 +6,7 @@ extern "C" const char* __tsan_default_suppressions() {
     return "called_from_lib:libavcodec.so\n"
            "called_from_lib:libavformat.so\n"
            "called_from_lib:libavutil.so\n"
+           "called_from_lib:libswresample.so\n"
            "called_from_lib:libswscale.so\n"
            "called_from_lib:libx264.so\n";
 }

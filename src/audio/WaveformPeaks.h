@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+namespace keldra {
+
+/// The largest sample of each of the equal stretches, the buckets, of a span of 8000 Hz mono sound.
+class WaveformPeaks {
+public:
+    static constexpr int sampleRate = 8000;
+
+    /// `duration` in seconds, more than zero; at least one bucket.
+    WaveformPeaks(int bucketCount, double duration);
+
+    /// Takes samples, the first of which is number `position` from zero. What lies outside the span is passed over; a
+    /// sample at its very end counts for the last bucket.
+    void add(std::int64_t position, const std::int16_t* samples, std::int64_t count);
+
+    /// 0 to 1 by bucket: decibels from -54 dBFS to full scale.
+    std::vector<float> heights() const;
+
+private:
+    double secondsOf(std::int64_t position) const { return double(position) / sampleRate; }
+    std::int64_t bucketOf(std::int64_t position) const;
+    /// The first sample that is not in this bucket, or `limit`.
+    std::int64_t endOf(std::int64_t bucket, std::int64_t position, std::int64_t limit) const;
+
+    double m_duration;
+    /// As integers; 32767 is full scale.
+    std::vector<int> m_peaks;
+};
+
+} // namespace keldra

@@ -1,0 +1,2 @@
+#include "audio/AudioLevelAnalyzer.h"
+#include <gtest/gtest.h>
