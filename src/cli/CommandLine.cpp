@@ -8,6 +8,7 @@
 #include "cli/ProjectCommand.h"
 #include "cli/RecordCommand.h"
 #include "cli/SourcesCommand.h"
+#include "cli/TelemetryCommand.h"
 
 #include <QCoreApplication>
 
@@ -44,6 +45,10 @@ constexpr Command commands[] = {
         the finished movie of a movie or project
 )",
      runExport},
+    {"telemetry", R"(keldra telemetry --show
+        what one of each usage event would send; nothing is sent
+)",
+     runTelemetry},
 };
 
 const Command* findCommand(const QString& name) {
