@@ -2,12 +2,20 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
-#include <QLocale>
 
+#include <charconv>
 #include <cmath>
+#include <iterator>
 
 namespace keldra {
 namespace {
+
+/// 0.1f widened would be written as 0.10000000149011612.
+double sameDigits(float number) {
+    char digits[32];
+    const auto [end, error] = std::to_chars(std::begin(digits), std::end(digits), number);
+    return QByteArray::fromRawData(digits, end - digits).toDouble();
+}
 
 /// Undefined for what the service does not take.
 QJsonValue plainValue(const QVariant& value) {
@@ -21,8 +29,7 @@ QJsonValue plainValue(const QVariant& value) {
     case QMetaType::QString:
         return value.toString();
     case QMetaType::Float:
-        // By its digits: 0.1f widened would read 0.10000000149011612.
-        return plainValue(QByteArray::number(value.toFloat(), 'g', QLocale::FloatingPointShortest).toDouble());
+        return plainValue(sameDigits(value.toFloat()));
     case QMetaType::Bool:
         return value.toBool();
     default:

@@ -18,8 +18,6 @@ QNetworkRequest networkRequest(const HttpRequest& request) {
          {QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::CookieSaveControlAttribute,
           QNetworkRequest::AuthenticationReuseAttribute})
         result.setAttribute(attribute, QNetworkRequest::Manual);
-    result.setAttribute(QNetworkRequest::CacheLoadControlAttribute, QNetworkRequest::AlwaysNetwork);
-    result.setAttribute(QNetworkRequest::CacheSaveControlAttribute, false);
     result.setAttribute(QNetworkRequest::RedirectPolicyAttribute, request.followsRedirects
                                                                       ? QNetworkRequest::NoLessSafeRedirectPolicy
                                                                       : QNetworkRequest::ManualRedirectPolicy);
@@ -57,20 +55,18 @@ private:
         const auto done = std::exchange(m_done, nullptr);
         if (!done)
             return;
-        if (isAnswered()) {
-            const QVariant status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+        const QVariant status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
+        if (isAnswered(status.isValid()))
             done(HttpResponse{status.isValid() ? std::optional(status.toInt()) : std::nullopt, m_body});
-        } else {
+        else
             done(fail(Error{"QNetworkReply", m_reply->error(), m_reply->errorString().toStdString(), {}}));
-        }
     }
 
-    /// Qt calls many a status an error.
-    bool isAnswered() const {
+    /// Qt calls many a status an error, with numbers above those of the network and of broken answers.
+    bool isAnswered(bool hasStatus) const {
         const int error = m_reply->error();
         const bool isStatus =
-            (error >= QNetworkReply::ContentAccessDenied && error <= QNetworkReply::UnknownContentError) ||
-            (error >= QNetworkReply::InternalServerError && error <= QNetworkReply::UnknownServerError);
+            hasStatus && error > QNetworkReply::UnknownNetworkError && error != QNetworkReply::ProtocolFailure;
         return error == QNetworkReply::NoError || m_isCut || isStatus;
     }
 
