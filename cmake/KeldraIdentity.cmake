@@ -2,7 +2,7 @@
 # launch/ sees them, as identity/Identity.h.
 
 set(KELDRA_APPLICATION_ID com.keldra.KELDRA)
-set(KELDRA_BUS_NAME com.keldra.KELDRA)
+set(KELDRA_BUS_NAME ${KELDRA_APPLICATION_ID})
 set(KELDRA_EARLIER_BUS_NAME com.keldra.TurvexCaptureNative)
 
 set(KELDRA_HOSTS_FILE ${CMAKE_SOURCE_DIR}/cmake/hosts.cmake CACHE FILEPATH

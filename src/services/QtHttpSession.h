@@ -3,8 +3,6 @@
 #include "async/Scheduler.h"
 #include "services/HttpSession.h"
 
-#include <QObject>
-
 #include <memory>
 
 class QNetworkAccessManager;
@@ -13,9 +11,7 @@ namespace keldra {
 
 /// HTTP through Qt Network. It touches the network only while requests are under way, keeps no cookies, sends no
 /// credentials and tells a server nothing that its request does not say.
-class QtHttpSession final : public QObject, public HttpSession {
-    Q_OBJECT
-
+class QtHttpSession final : public HttpSession {
 public:
     explicit QtHttpSession(Scheduler& scheduler);
     /// Requests under way end without an answer.

@@ -87,6 +87,16 @@ TEST_F(HttpTest, EveryByteOfABatchIsAsAgreed) {
     EXPECT_EQ(request.headers, headers) << "these, and nothing beside them";
 }
 
+TEST_F(HttpTest, NoFactOrKeySmugglesAHeaderIn) {
+    Aptabase client = world.aptabase(session, server.host());
+    client.initialize("A-EU-1\r\nInjected: \u00e91");
+    client.trackEvent("event");
+    ASSERT_TRUE(isFlushed(client));
+    ASSERT_EQ(server.requests().size(), 1);
+    EXPECT_EQ(server.requests().first().headers["app-key"], "A-EU-1Injected: 1");
+    EXPECT_EQ(server.requests().first().headers.size(), 8);
+}
+
 TEST_F(HttpTest, BatchesFareAsTheServerAnswers) {
     const QByteArray long_ = "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n";
     struct Row {
