@@ -20,7 +20,7 @@ public:
 
     void send(HttpRequest request, Completion<HttpResponse> done) override {
         m_requests.push_back(std::move(request));
-        m_mainQueue.post([done = std::move(done)] { done(HttpResponse{200, {}}); });
+        m_mainQueue.post([done = std::move(done)] { done(HttpResponse{200, {}, {}}); });
     }
     const std::vector<HttpRequest>& requests() const { return m_requests; }
 

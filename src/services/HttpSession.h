@@ -22,7 +22,6 @@ struct HttpRequest {
     QList<HttpHeader> headers;
     /// A POST of these bytes; without them, a GET.
     std::optional<QByteArray> body;
-    bool followsRedirects = false;
     /// How long the whole exchange may take.
     Duration timeout = std::chrono::seconds(60);
     /// What an answer has beyond this is cut off, unread.
@@ -33,9 +32,11 @@ struct HttpResponse {
     /// Absent where no HTTP server answered.
     std::optional<int> status;
     QByteArray body;
+    /// Where a redirect leads, absolute; empty for every other answer.
+    QUrl redirect;
 };
 
-/// Sends requests to web servers.
+/// Sends requests to web servers. Redirects are answers; nobody follows them here.
 ///
 /// Threads: main; completions run on main.
 /// Errors:  whatever keeps an answer from arriving whole and in time: no network, a broken connection, the timeout. A

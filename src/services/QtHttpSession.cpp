@@ -18,9 +18,7 @@ QNetworkRequest networkRequest(const HttpRequest& request) {
          {QNetworkRequest::CookieLoadControlAttribute, QNetworkRequest::CookieSaveControlAttribute,
           QNetworkRequest::AuthenticationReuseAttribute})
         result.setAttribute(attribute, QNetworkRequest::Manual);
-    result.setAttribute(QNetworkRequest::RedirectPolicyAttribute, request.followsRedirects
-                                                                      ? QNetworkRequest::NoLessSafeRedirectPolicy
-                                                                      : QNetworkRequest::ManualRedirectPolicy);
+    result.setAttribute(QNetworkRequest::RedirectPolicyAttribute, QNetworkRequest::ManualRedirectPolicy);
     return result;
 }
 
@@ -56,10 +54,16 @@ private:
         if (!done)
             return;
         const QVariant status = m_reply->attribute(QNetworkRequest::HttpStatusCodeAttribute);
-        if (isAnswered(status.isValid()))
-            done(HttpResponse{status.isValid() ? std::optional(status.toInt()) : std::nullopt, m_body});
-        else
-            done(fail(Error{"QNetworkReply", m_reply->error(), m_reply->errorString().toStdString(), {}}));
+        if (!isAnswered(status.isValid()))
+            return done(fail(Error{"QNetworkReply", m_reply->error(), m_reply->errorString().toStdString(), {}}));
+        HttpResponse response;
+        if (status.isValid())
+            response.status = status.toInt();
+        response.body = std::move(m_body);
+        const QUrl target = m_reply->attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
+        if (!target.isEmpty())
+            response.redirect = m_reply->url().resolved(target);
+        done(std::move(response));
     }
 
     /// Qt calls many a status an error, with numbers above those of the network and of broken answers.

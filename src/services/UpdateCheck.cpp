@@ -27,6 +27,13 @@ bool isWebPage(const QUrl& url) {
     return (url.scheme() == u"https" || url.scheme() == u"http") && !url.host().isEmpty();
 }
 
+/// How many addresses are asked when each leads to the next.
+constexpr int mostVisits = 5;
+
+bool mayFollow(const QUrl& from, const QUrl& to) {
+    return isWebPage(to) && (to.scheme() == u"https" || from.scheme() == u"http");
+}
+
 } // namespace
 
 std::optional<UpdateManifest> decodeUpdateManifest(const QByteArray& json) {
@@ -55,12 +62,18 @@ QCoro::Task<std::optional<UpdateManifest>> fetchAvailableUpdate(HttpSession& ses
     HttpRequest request;
     request.url = *url;
     request.headers = {{"User-Agent", "KELDRA"}};
-    request.followsRedirects = true;
-    const auto answer =
-        co_await awaitCompletion<HttpResponse>([&](Completion<HttpResponse> done) { session.send(request, done); });
-    if (!answer || answer->status != 200)
+    HttpResponse answer;
+    for (int visits = 0; visits < mostVisits; ++visits) {
+        const auto told = co_await awaitCompletion<HttpResponse>(
+            [&](Completion<HttpResponse> done) { session.send(request, std::move(done)); });
+        answer = told.value_or(HttpResponse());
+        if (!mayFollow(request.url, answer.redirect))
+            break;
+        request.url = answer.redirect;
+    }
+    if (answer.status != 200)
         co_return std::nullopt;
-    auto manifest = decodeUpdateManifest(answer->body);
+    auto manifest = decodeUpdateManifest(answer.body);
     if (!manifest || localVersion.isEmpty() || !isVersionNewer(manifest->version, localVersion))
         co_return std::nullopt;
     co_return manifest;

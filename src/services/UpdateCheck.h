@@ -24,7 +24,8 @@ std::optional<UpdateManifest> decodeUpdateManifest(const QByteArray& json);
 bool isVersionNewer(const QString& remote, const QString& local);
 
 /// Asks `host` once for the newest version. Nothing when it is not newer than `localVersion`, when either is not known,
-/// when `host` is empty, and when anything fails, which is told to nobody. Main thread.
+/// when `host` is empty, and when anything fails, which is told to nobody. Redirects are followed
+/// a few times, never to a less safe place. Main thread; the session lives until the answer.
 QCoro::Task<std::optional<UpdateManifest>> fetchAvailableUpdate(HttpSession& session, QString host,
                                                                 QString localVersion);
 

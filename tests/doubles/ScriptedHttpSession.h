@@ -28,7 +28,7 @@ public:
     }
 
     std::function<Result<HttpResponse>(const HttpRequest&)> answer = [](const HttpRequest&) {
-        return HttpResponse{200, {}};
+        return HttpResponse{200, {}, {}};
     };
     bool holds = false;
     std::vector<HttpRequest> requests;

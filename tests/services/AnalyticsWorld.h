@@ -31,13 +31,6 @@ struct AnalyticsWorld {
                         {{QStringLiteral("US"), {}}, {QStringLiteral("EU"), host}, {QStringLiteral("DEV"), {}}});
     }
 
-    /// How many events each request carried so far.
-    std::vector<qsizetype> batchSizes() const {
-        std::vector<qsizetype> sizes;
-        for (const HttpRequest& request : session.requests)
-            sizes.push_back(QJsonDocument::fromJson(*request.body).array().size());
-        return sizes;
-    }
     /// The events of all requests so far, in the order sent.
     QList<QJsonObject> sentEvents() const {
         QList<QJsonObject> events;

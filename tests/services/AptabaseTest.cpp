@@ -20,19 +20,7 @@ protected:
         world.time.settle();
         EXPECT_TRUE(isDone);
     }
-    void trackMany(int first, int count) {
-        for (int number = first; number < first + count; ++number)
-            aptabase.trackEvent(QString::number(number));
-    }
 };
-
-QStringList numbers(std::initializer_list<std::pair<int, int>> spans) {
-    QStringList names;
-    for (const auto& [first, last] : spans)
-        for (int number = first; number <= last; ++number)
-            names.append(QString::number(number));
-    return names;
-}
 
 Result<HttpResponse> noNetwork() {
     return fail(Error{"QNetworkReply", 1, "Connection refused", {}});
@@ -86,58 +74,10 @@ TEST_F(AptabaseTest, TakesOnlyGoodKeysAndSaysSoInTheLog) {
     }
 }
 
-TEST_F(AptabaseTest, SendsBatchesOfTwentyFive) {
-    aptabase.initialize(world.key);
-    trackMany(0, 60);
-    flush();
-    EXPECT_EQ(world.batchSizes(), (std::vector<qsizetype>{25, 25, 10}));
-    EXPECT_EQ(world.sentNames(), numbers({{0, 59}}));
-    flush();
-    EXPECT_EQ(world.session.requests.size(), 3u) << "an empty queue sends nothing";
-}
-
-TEST_F(AptabaseTest, KeepsWhatMayBeTakenLaterAndDropsWhatIsRefused) {
-    struct Row {
-        const char* name;
-        Result<HttpResponse> answer;
-        bool isKept;
-        int logLines = 1;
-    };
-    const Row rows[] = {
-        {"no network", noNetwork(), true},        {"500", HttpResponse{500, {}}, true},
-        {"599", HttpResponse{599, "\xff"}, true}, {"499", HttpResponse{499, "a\nb"}, false},
-        {"400", HttpResponse{400, {}}, false},    {"302", HttpResponse{302, {}}, false},
-        {"299", HttpResponse{299, {}}, false, 0}, {"no web server", HttpResponse{std::nullopt, "hello"}, false, 0},
-    };
-    for (const Row& row : rows) {
-        AnalyticsWorld own;
-        Aptabase client = own.aptabase();
-        client.initialize(own.key);
-        for (int number = 0; number < 60; ++number)
-            client.trackEvent(QString::number(number));
-        // The second of three batches fares so.
-        own.session.answer = [&](const HttpRequest&) -> Result<HttpResponse> {
-            return own.session.requests.size() == 2 ? row.answer : HttpResponse{200, {}};
-        };
-        ::testing::internal::CaptureStdout();
-        client.flush([] {});
-        own.time.settle();
-        client.trackEvent("later");
-        client.flush([] {});
-        own.time.settle();
-        const std::string log = ::testing::internal::GetCapturedStdout();
-
-        EXPECT_EQ(own.sentNames(), numbers({{0, 59}}) + (row.isKept ? numbers({{25, 49}}) : QStringList()) +
-                                       QStringList{QStringLiteral("later")})
-            << row.name;
-        EXPECT_EQ(std::count(log.begin(), log.end(), '\n'), row.logLines) << row.name << ": " << log;
-    }
-}
-
 TEST_F(AptabaseTest, ServersWordsStayShortAndOnOneLine) {
     aptabase.initialize(world.key);
     world.session.answer = [](const HttpRequest&) {
-        return HttpResponse{400, "\x1b[2Jbad\r\n" + QByteArray(60'000, 'x')};
+        return HttpResponse{400, "\x1b[2Jbad\r\n" + QByteArray(60'000, 'x'), {}};
     };
     aptabase.trackEvent("event");
     ::testing::internal::CaptureStdout();
@@ -145,33 +85,6 @@ TEST_F(AptabaseTest, ServersWordsStayShortAndOnOneLine) {
     EXPECT_EQ(::testing::internal::GetCapturedStdout(),
               "[KELDRA Analytics] Aptabase: Failed to send 1 events because of 400  [2Jbad  " + std::string(191, 'x') +
                   ". Will not retry.\n");
-}
-
-TEST_F(AptabaseTest, OverlappingFlushesShareTheQueue) {
-    aptabase.initialize(world.key);
-    trackMany(0, 60);
-    world.session.holds = true;
-    int finished = 0;
-    aptabase.flush([&] { ++finished; });
-    aptabase.flush([&] { ++finished; });
-    world.time.settle();
-    EXPECT_EQ(world.batchSizes(), (std::vector<qsizetype>{25, 25})) << "one batch of each is under way";
-
-    trackMany(60, 5);
-    ::testing::internal::CaptureStdout();
-    world.session.answerFirst(noNetwork());
-    world.time.settle();
-    world.session.answerFirst(HttpResponse{200, {}});
-    world.time.settle();
-    EXPECT_EQ(finished, 1);
-    world.session.answerFirst(HttpResponse{200, {}});
-    world.time.settle();
-    EXPECT_EQ(finished, 2);
-    ::testing::internal::GetCapturedStdout();
-
-    world.session.holds = false;
-    flush();
-    EXPECT_EQ(world.sentNames(), numbers({{0, 64}, {0, 24}})) << "only what failed goes twice";
 }
 
 TEST_F(AptabaseTest, AnHourOfSilenceBeginsANewSession) {

@@ -44,10 +44,13 @@ protected:
         return runUntil([&] { return isDone; });
     }
 
-    /// What the update check finds; the server is at 0.9 of the local 1.0 or above.
+    /// What the update check finds.
     std::optional<UpdateManifest> fetch(const QString& host, const QString& localVersion = "1.0") {
+        return fetch(host, localVersion, session);
+    }
+    std::optional<UpdateManifest> fetch(const QString& host, const QString& localVersion, HttpSession& toldSession) {
         std::optional<std::optional<UpdateManifest>> answer;
-        auto task = fetchAvailableUpdate(session, host, localVersion);
+        auto task = fetchAvailableUpdate(toldSession, host, localVersion);
         task.then([&](std::optional<UpdateManifest> manifest) { answer = std::move(manifest); });
         EXPECT_TRUE(runUntil([&] { return answer.has_value(); }));
         return answer.value_or(std::nullopt);
@@ -106,11 +109,14 @@ TEST_F(HttpTest, BatchesFareAsTheServerAnswers) {
     };
     const Row rows[] = {
         {"200", HttpServer::answer(200), false},
+        {"299", HttpServer::answer(299), false},
         {"204", {"HTTP/1.1 204 No Content\r\n\r\n"}, false},
         {"a body of another type", HttpServer::answer(200, "<html>\xff</html>", "Content-Type: text/html\r\n"), false},
         {"a body without end", {"HTTP/1.1 200 OK\r\n\r\n" + QByteArray(1'000'000, 'x')}, false},
         {"500", HttpServer::answer(500, "busy"), true},
         {"503 without a body", HttpServer::answer(503, {}, "Retry-After: 1\r\n"), true},
+        {"599 in no text", HttpServer::answer(599, "\xff"), true},
+        {"499", HttpServer::answer(499), false},
         {"400", HttpServer::answer(400, "bad"), false},
         {"400 with a body without end", {"HTTP/1.1 400 Bad\r\n\r\n" + QByteArray(1'000'000, 'x')}, false},
         {"401", HttpServer::answer(401, {}, "WWW-Authenticate: Basic realm=\"x\"\r\n"), false},
@@ -165,6 +171,8 @@ TEST_F(HttpTest, SixtyEventsAreThreeRequestsAndTheFailedOneComesLast) {
         batches.emplace_back(events.size(), events.first()["eventName"].toString());
     }
     EXPECT_EQ(batches, (std::vector<std::pair<qsizetype, QString>>{{25, "0"}, {25, "25"}, {10, "50"}, {25, "25"}}));
+    ASSERT_TRUE(isFlushed(client));
+    EXPECT_EQ(server.requests().size(), 4) << "an empty queue sends nothing";
 }
 
 TEST_F(HttpTest, TwoFlushesAtOnceSendNothingTwice) {
@@ -264,17 +272,35 @@ TEST_F(HttpTest, FindsANewerVersion) {
     EXPECT_EQ(server.requests().first().headers, headers);
 }
 
-TEST_F(HttpTest, FollowsAMovedManifestAndNoLoop) {
-    const QByteArray manifest = R"({"version":"2","downloadURL":"https://example.org"})";
+TEST_F(HttpTest, FollowsAMovedManifestAFewTimes) {
+    const auto manifest = HttpServer::answer(200, R"({"version":"2","downloadURL":"https://example.org"})");
     const auto moved = HttpServer::answer(301, {}, "Location: /moved.json\r\n");
-    server.setAnswers({moved, HttpServer::answer(200, manifest)});
+    server.setAnswers({moved, HttpServer::answer(302, "body", "Location: again\r\n"), manifest});
     EXPECT_TRUE(fetch(server.host()));
-    EXPECT_EQ(server.requests().last().line, "GET /moved.json HTTP/1.1");
+    QList<QByteArray> lines;
+    for (const auto& request : server.requests())
+        lines.append(request.line);
+    EXPECT_EQ(lines, (QList<QByteArray>{"GET /apps/keldra/version.json HTTP/1.1", "GET /moved.json HTTP/1.1",
+                                        "GET /again HTTP/1.1"}));
     server.setAnswers({moved});
     EXPECT_FALSE(fetch(server.host()));
-    EXPECT_LT(server.requests().size(), 60);
-    server.setAnswers({HttpServer::answer(302, {}, "Location: file:///etc/passwd\r\n")});
-    EXPECT_FALSE(fetch(server.host()));
+    EXPECT_EQ(server.requests().size(), 3 + 5) << "a loop ends";
+    for (const char* place : {"file:///etc/passwd", "//", "http://", ""}) {
+        server.setAnswers({HttpServer::answer(302, {}, QByteArray("Location: ") + place + "\r\n"), manifest});
+        EXPECT_FALSE(fetch(server.host())) << place;
+    }
+}
+
+TEST_F(HttpTest, DoesNotFollowToALessSafePlace) {
+    world.session.answer = [&](const HttpRequest& request) {
+        HttpResponse answer{200, R"({"version":"2","downloadURL":"https://example.org"})", {}};
+        if (request.url.path() == u"/apps/keldra/version.json")
+            answer = {301, {}, QUrl(request.url.host() == u"safe" ? "http://other/a" : "https://other/a")};
+        return answer;
+    };
+    EXPECT_FALSE(fetch("https://safe", "1.0", world.session));
+    EXPECT_EQ(world.session.requests.size(), 1u);
+    EXPECT_TRUE(fetch("https://safer", "1.0", world.session));
 }
 
 TEST_F(HttpTest, NoAnswerOfAnyKindIsAnUpdate) {

@@ -67,10 +67,10 @@ TEST(EventDispatcher, SendsEventsOfManyThreadsExactlyOnceWhileFlushesOverlap) {
         session.requests.pop_back();
         // The server fails now and then.
         if (++requests % 50 == 0)
-            return HttpResponse{503, {}};
+            return HttpResponse{503, {}, {}};
         for (const QJsonValue& event : QJsonDocument::fromJson(*request.body).array())
             sent.push_back(event["eventName"].toString().toInt());
-        return HttpResponse{200, {}};
+        return HttpResponse{200, {}, {}};
     };
     SerialQueue queue("test.analytics");
     const auto dispatcher = std::make_shared<EventDispatcher>(QUrl("https://example.org"), "A-EU-1", ApplicationFacts(),

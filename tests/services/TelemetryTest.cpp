@@ -89,15 +89,5 @@ TEST_F(TelemetryTest, SaysNothingWithoutConsent) {
     EXPECT_EQ(world.random, 8u) << "one session id was made";
 }
 
-TEST_F(TelemetryTest, OneOfEachIsOneOfEach) {
-    telemetry.setEnabled(true);
-    trackOneOfEach(telemetry);
-    QStringList names;
-    for (const QString& line : sent())
-        names.append(line.section(u' ', 0, 0));
-    EXPECT_EQ(names, (QStringList{"app_launched", "recording_started", "recording_finished", "export_finished",
-                                  "editor_feature_used"}));
-}
-
 } // namespace
 } // namespace keldra
