@@ -27,7 +27,7 @@ class Exchange final : public QObject {
 public:
     Exchange(QNetworkReply* reply, qsizetype longestAnswer, Completion<HttpResponse> done)
         : QObject(reply), m_reply(reply), m_longestAnswer(longestAnswer), m_done(std::move(done)) {
-        // Bounds what Qt reads ahead of us.
+        // Bounds what Qt reads ahead of us where the answer tells its length.
         reply->setReadBufferSize(longestAnswer + 1);
         connect(reply, &QNetworkReply::readyRead, this, [this] { read(); });
         connect(reply, &QNetworkReply::finished, this, [this] { finish(); });
