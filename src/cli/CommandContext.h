@@ -5,6 +5,7 @@
 #include "base/HostClock.h"
 #include "base/Result.h"
 #include "platform/Platform.h"
+#include "services/Telemetry.h"
 
 #include <functional>
 #include <memory>
@@ -18,6 +19,9 @@ struct CommandContext {
     Executor& mainQueue;
     /// Opens the desktop; only the commands that record or list need one.
     std::function<Result<Platform>()> makePlatform;
+    Application& application;
+    /// Where the agent sends usage events, for those who ask.
+    AnalyticsAccount analytics;
 };
 
 } // namespace keldra

@@ -9,6 +9,7 @@
 #include "cli/ProjectCommand.h"
 #include "cli/RecordCommand.h"
 #include "cli/SourcesCommand.h"
+#include "cli/TelemetryCommand.h"
 #include "cli/WaveformCommand.h"
 
 #include <QCoreApplication>
@@ -54,6 +55,10 @@ constexpr Command commands[] = {
         the heights of the sound over time, from 0 (-54 dB) to 1 (full scale), as JSON
 )",
      runWaveform},
+    {"telemetry", R"(keldra telemetry --show
+        what one of each usage event would send; nothing is sent
+)",
+     runTelemetry},
 };
 
 const Command* findCommand(const QString& name) {

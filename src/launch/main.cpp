@@ -2,7 +2,9 @@
 #include "async/MainScheduler.h"
 #include "base/Log.h"
 #include "cli/CommandLine.h"
+#include "identity/Identity.h"
 #include "launch/DesktopPlatform.h"
+#include "platform/qt/QtApplication.h"
 
 #include <QCoreApplication>
 
@@ -21,6 +23,15 @@ void ensureUtf8Locale() {
         setenv("LC_ALL", "C.UTF-8", 1);
 }
 
+keldra::AnalyticsAccount analyticsAccount() {
+    using namespace keldra::identity;
+    return {QString::fromUtf8(analyticsKey),
+            {{QStringLiteral("US"), QString::fromUtf8(analyticsHostUS)},
+             {QStringLiteral("EU"), QString::fromUtf8(analyticsHostEU)},
+             {QStringLiteral("DEV"), QString::fromUtf8(analyticsHostDEV)}},
+            QString::fromUtf8(analyticsHostSH)};
+}
+
 int runSubcommand(const QStringList& words) {
     // A reader that closes the pipe early is an error to be told, not the end of a recording.
     std::signal(SIGPIPE, SIG_IGN);
@@ -29,8 +40,11 @@ int runSubcommand(const QStringList& words) {
     const auto clock = std::make_shared<keldra::SystemHostClock>();
     const auto scheduler = std::make_shared<keldra::MainScheduler>();
     keldra::MainQueue mainQueue(scheduler);
-    const keldra::CommandContext context{clock, scheduler, mainQueue,
-                                         [&] { return keldra::makeDesktopPlatform(clock, mainQueue); }};
+    keldra::QtApplication application(QCoreApplication::applicationVersion(),
+                                      QString::fromUtf8(keldra::identity::build));
+    const keldra::CommandContext context{clock,       scheduler,
+                                         mainQueue,   [&] { return keldra::makeDesktopPlatform(clock, mainQueue); },
+                                         application, analyticsAccount()};
 
     auto task = keldra::runCommandLine(context, words);
     task.then([&mainQueue](int status) { mainQueue.post([status] { QCoreApplication::exit(status); }); });
@@ -42,7 +56,7 @@ int runSubcommand(const QStringList& words) {
 int main(int argc, char** argv) {
     ensureUtf8Locale();
     QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationVersion(QStringLiteral(KELDRA_VERSION));
+    QCoreApplication::setApplicationVersion(QString::fromUtf8(keldra::identity::version));
     const QStringList words = QCoreApplication::arguments().mid(1);
     if (words.isEmpty()) {
         std::fputs("keldra: this version has no desktop agent yet; give a command, see keldra --help\n", stderr);

@@ -25,6 +25,8 @@ class BadSourceTest(TestCase):
         self.check(["record", "--display", 1, *to], 1, "DISPLAY", environment={"DISPLAY": ""})
         self.check(["record", "--display", 1, *to], 1, "Wayland", environment={"XDG_SESSION_TYPE": "wayland"})
         self.check(["sources"], 1, "DISPLAY", environment={"DISPLAY": ":987"})
+        self.check(["telemetry"], 2, "telemetry needs --show")
+        self.check(["telemetry", "--show", "all"], 2, "telemetry takes no argument \"all\"")
         self.check(["dance"], 2, "there is no command \"dance\"", "--help")
 
     def test_folders_that_take_no_recording(self):
