@@ -10,7 +10,7 @@
 
 namespace keldra {
 
-/// What the analytics client works with; all of it outlives the client, `queue` after it and `session` after `queue`.
+/// What the analytics client works with. All of it outlives the client; then `queue` goes, then `session`.
 struct AnalyticsTools {
     HttpSession& session;
     /// Where batches are taken and encoded.

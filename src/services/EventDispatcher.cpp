@@ -70,7 +70,7 @@ void EventDispatcher::sendNext(std::shared_ptr<Flush> flush) {
     flush->batch = m_events.take(maximumBatchSize);
     if (flush->batch.empty()) {
         m_events.append(std::move(flush->failed));
-        m_mainQueue.post([flush] { flush->done(); });
+        m_mainQueue.post(std::move(flush->done));
         return;
     }
     m_mainQueue.post([self = weak_from_this(), flush, body = encodeBatch(flush->batch)] {

@@ -11,7 +11,7 @@ namespace keldra {
 /// Keeps events in memory and sends them in batches.
 ///
 /// Threads: enqueue and flush from any. Batches are taken and encoded on `queue`; the session is used on main. `queue`
-///          and the session must outlive this, in that order: what still runs holds it only for the step under way.
+///          must outlive this, and the session must outlive `queue`: a step under way there still holds this.
 class EventDispatcher : public std::enable_shared_from_this<EventDispatcher> {
 public:
     static constexpr std::size_t maximumBatchSize = 25;
