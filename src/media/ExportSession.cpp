@@ -14,7 +14,13 @@
 namespace keldra {
 namespace {
 
-constexpr int framesUnderWay = 7;
+/// How many composed frames lie between reader and encoder: seven, or what half a gigabyte holds of larger ones.
+int framesUnderWay(const VideoComposition& video) {
+    constexpr std::int64_t budget = std::int64_t(512) << 20;
+    const std::int64_t frameBytes = std::int64_t(video.renderWidth) * video.renderHeight * 4;
+    return int(std::clamp<std::int64_t>(budget / std::max<std::int64_t>(frameBytes, 1), 2, 7));
+}
+
 /// Where more tracks lie over each other, their pictures are not read ahead but as the compositor comes to them: a
 /// stack however deep costs the memory of a few of its pictures.
 constexpr std::size_t mostTracksAhead = 4;
@@ -44,7 +50,7 @@ public:
         , m_videoComposition(*session.m_videoComposition)
         , m_path(std::move(path))
         , m_frameCount(frameCountOf(m_composition->duration(), m_videoComposition.frameDuration))
-        , m_window(std::make_shared<FrameWindow>(framesUnderWay))
+        , m_window(std::make_shared<FrameWindow>(framesUnderWay(m_videoComposition)))
         , m_encoding("KELDRA.Export.Encoder")
         , m_compositor(m_videoComposition.makeCompositor())
         , m_reading("KELDRA.Export.Reader") {}
@@ -70,8 +76,9 @@ private:
 
     Result<void> readFrames() {
         // What composed frames need beyond those under way: the compositor may keep one or two.
-        const auto pool = std::make_shared<PixelBufferPool>(PixelFormat::bgra, m_videoComposition.renderWidth,
-                                                            m_videoComposition.renderHeight, framesUnderWay + 4);
+        const auto pool =
+            std::make_shared<PixelBufferPool>(PixelFormat::bgra, m_videoComposition.renderWidth,
+                                              m_videoComposition.renderHeight, framesUnderWay(m_videoComposition) + 4);
         CompositionReader reader(m_composition, {PixelFormat::bgra, 2});
         std::shared_ptr<const VideoInstruction> lastInstruction;
         CompositionReader::Frames lastFrames;
