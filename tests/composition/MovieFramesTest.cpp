@@ -128,6 +128,26 @@ INSTANTIATE_TEST_SUITE_P(
                  [](int number) { return MediaTime(20 * number + 7 * (number * number % 3), 600); }})),
     [](const auto& row) { return std::string(std::get<0>(row.param).name) + "At" + std::get<1>(row.param).name; });
 
+TEST(TurnedMovie, ArrivesUpright) {
+    const TemporaryFolder folder;
+    runFfmpeg("-f lavfi -i color=red:s=128x64:r=10:d=0.5,drawbox=w=64:h=64:color=blue:t=fill -c:v libx264 -qp 1 '" +
+              (folder / "flat.mp4") + "'");
+    // The program means a quarter turn to the left: the right end becomes the top.
+    runFfmpeg("-i '" + (folder / "flat.mp4") + "' -c copy -metadata:s:v rotate=90 '" + (folder / "turned.mp4") + "'");
+    EditorProject project = plainProject({clipOf(folder / "turned.mp4", 0, 1)});
+    project.canvasWidth = 64;
+    project.canvasHeight = 128;
+    const auto frames = framesOf(project);
+    ASSERT_TRUE(frames) << frames.error().message;
+    const auto frame = (*frames)->frameAt(MediaTime::zero());
+    ASSERT_TRUE(frame) << frame.error().message;
+    const auto reddest = [&](int x, int y) { return frame->row(0, y)[4 * x + 2] > frame->row(0, y)[4 * x]; };
+    for (const int x : {0, 32, 63}) {
+        EXPECT_TRUE(reddest(x, 0) && reddest(x, 60));
+        EXPECT_FALSE(reddest(x, 67) || reddest(x, 127));
+    }
+}
+
 class BadMovies : public ::testing::Test {
 protected:
     void SetUp() override {
