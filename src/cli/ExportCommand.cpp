@@ -40,20 +40,6 @@ Result<CanvasStyle> readStyle(const QString& path) {
     });
 }
 
-/// The old file goes before the new one is whole, so it must not be one that is read.
-Result<void> checkOutput(const QString& output, const QString& input, const EditorProject& project) {
-    const QString target = QFileInfo(output).canonicalFilePath();
-    QStringList sources = {input, project.sourceURL.toLocalFile()};
-    for (const EditorSegment& segment : project.segments)
-        if (segment.sourceURL)
-            sources += segment.sourceURL->toLocalFile();
-    for (const QString& source : sources)
-        if (!target.isEmpty() && target == QFileInfo(source).canonicalFilePath())
-            return fail(
-                Error{"Export", 1, output.toStdString() + ": this is the input; name another file to write", {}});
-    return {};
-}
-
 } // namespace
 
 QCoro::Task<Result<void>> runExport(const CommandContext& context, QStringList words) {
@@ -63,7 +49,7 @@ QCoro::Task<Result<void>> runExport(const CommandContext& context, QStringList w
     if (arguments.canvas) {
         CO_TRY_LET(project.canvas, readStyle(*arguments.canvas));
     }
-    CO_TRY(checkOutput(arguments.output, arguments.input, project));
+    CO_TRY(checkNotAnInput(arguments.output, arguments.input, project));
 
     EditorCompositionBuilder builder(input.assetLoader(), MainTurn(context.mainQueue, context.clock));
     EditorExporter exporter(std::move(builder), context.mainQueue, context.scheduler);

@@ -45,8 +45,11 @@ QCoro::Task<Result<void>> runFrame(const CommandContext& context, QStringList wo
     CO_TRY_LET(const FrameArguments arguments, parseFrameArguments(words));
     InputProject input(context);
     CO_TRY_LET(const EditorProject project, co_await input.load(arguments.input));
+    CO_TRY(checkNotAnInput(arguments.output, arguments.input, project));
     CO_TRY_LET(const EditorCompositionOutput output, co_await input.build(project));
     const double end = output.composition->duration().seconds();
+    if (!(end > 0))
+        co_return fail(Error{"Frame", 1, arguments.input.toStdString() + ": the timeline is empty", {}});
     if (arguments.seconds >= end)
         co_return fail(Error{"Frame",
                              1,

@@ -34,6 +34,19 @@ Result<QByteArray> readFile(const QString& path) {
     return bytes;
 }
 
+Result<void> checkNotAnInput(const QString& output, const QString& input, const EditorProject& project) {
+    const QString target = QFileInfo(output).canonicalFilePath();
+    QStringList sources = {input, project.sourceURL.toLocalFile()};
+    for (const EditorSegment& segment : project.segments)
+        if (segment.sourceURL)
+            sources += segment.sourceURL->toLocalFile();
+    for (const QString& source : sources)
+        if (!target.isEmpty() && target == QFileInfo(source).canonicalFilePath())
+            return fail(
+                Error{"Output", 1, output.toStdString() + ": this is the input; name another file to write", {}});
+    return {};
+}
+
 QCoro::Task<Result<EditorProject>> InputProject::load(QString path) {
     if (beginsLikeJson(path)) {
         CO_TRY_LET(const QByteArray json, readFile(path));

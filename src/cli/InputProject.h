@@ -34,6 +34,9 @@ private:
     EditorProjectStore m_store;
 };
 
+/// Refuses an output that is one of the files read: the old file goes when the new one comes.
+[[nodiscard]] Result<void> checkNotAnInput(const QString& output, const QString& input, const EditorProject& project);
+
 /// The bytes of a file. Errors: the system's words after the file's name.
 [[nodiscard]] Result<QByteArray> readFile(const QString& path);
 

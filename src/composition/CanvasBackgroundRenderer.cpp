@@ -150,6 +150,9 @@ QImage cachedImage(const QUrl& url) {
     const std::lock_guard guard(cache.lock);
     if (const auto found = cache.entries.constFind(url); found != cache.entries.constEnd())
         return *found;
+    // The largest cameras' pictures; the default limit refuses photographs of 34 megapixels.
+    constexpr int mostMegabytes = 1024;
+    QImageReader::setAllocationLimit(mostMegabytes);
     QImageReader reader(url.toLocalFile());
     reader.setAutoTransform(true);
     const QImage picture = reader.read().convertToFormat(QImage::Format_ARGB32_Premultiplied);

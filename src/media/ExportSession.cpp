@@ -15,7 +15,13 @@
 namespace keldra {
 namespace {
 
-constexpr int framesUnderWay = 7;
+/// How many composed frames lie between reader and encoder: seven, or what half a gigabyte holds of larger ones.
+int framesUnderWay(const VideoComposition& video) {
+    constexpr std::int64_t budget = std::int64_t(512) << 20;
+    const std::int64_t frameBytes = std::int64_t(video.renderWidth) * video.renderHeight * 4;
+    return int(std::clamp<std::int64_t>(budget / std::max<std::int64_t>(frameBytes, 1), 2, 7));
+}
+
 /// Where more tracks lie over each other, their pictures are not read ahead but as the compositor comes to them: a
 /// stack however deep costs the memory of a few of its pictures.
 constexpr std::size_t mostTracksAhead = 4;
@@ -52,7 +58,7 @@ public:
         , m_path(std::move(path))
         , m_frameCount(m_videoComposition ? frameCountOf(m_composition->duration(), m_videoComposition->frameDuration)
                                           : 0)
-        , m_window(std::make_shared<FrameWindow>(framesUnderWay))
+        , m_window(std::make_shared<FrameWindow>(m_videoComposition ? framesUnderWay(*m_videoComposition) : 1))
         , m_encoding("KELDRA.Export.Encoder")
         , m_compositor(m_videoComposition ? m_videoComposition->makeCompositor() : nullptr)
         , m_reading("KELDRA.Export.Reader") {
@@ -91,7 +97,8 @@ private:
             return {};
         // What composed frames need beyond those under way: the compositor may keep one or two.
         const auto pool = std::make_shared<PixelBufferPool>(PixelFormat::i420, m_videoComposition->renderWidth,
-                                                            m_videoComposition->renderHeight, framesUnderWay + 4);
+                                                            m_videoComposition->renderHeight,
+                                                            framesUnderWay(*m_videoComposition) + 4);
         CompositionReader reader(m_composition, {PixelFormat::i420, 2});
         std::shared_ptr<const VideoInstruction> lastInstruction;
         CompositionReader::Frames lastFrames;

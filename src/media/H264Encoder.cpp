@@ -40,6 +40,10 @@ Result<std::unique_ptr<H264Encoder>> H264Encoder::open(const H264Settings& setti
     av_dict_set(&options, "preset", settings.preset.c_str(), 0);
     // A key frame that is asked for is one that a reader may start from.
     av_dict_set(&options, "forced-idr", "1", 0);
+    // Looking ahead keeps many pictures; of the largest ones, those would be gigabytes.
+    constexpr std::int64_t largePicture = std::int64_t(1) << 25;
+    if (std::int64_t(settings.width) * settings.height > largePicture)
+        av_dict_set(&options, "x264-params", "rc-lookahead=3:sync-lookahead=0:bframes=1", 0);
     if (settings.isLive)
         av_dict_set(&options, "tune", "zerolatency", 0);
     if (settings.averageBitRate)

@@ -150,6 +150,11 @@ TEST_F(PictureTest, AReadPictureStaysAndAnUnreadableOneIsTriedAgain) {
     EXPECT_EQ(pixelAt(backgroundImage(background, {8, 8}), 4, 4), red);
 }
 
+TEST_F(PictureTest, PhotographsOfManyMegapixelsAreRead) {
+    const auto background = pictureOf("large.png", plain(6000, 5900, Qt::red), ContentFit::fill);
+    EXPECT_EQ(pixelAt(backgroundImage(background, {8, 8}), 4, 4), red);
+}
+
 TEST(RoundedCornerMask, CutsTheCornersOnly) {
     const auto mask = RoundedCornerMask::cachedMask(60, 40, 10);
     for (int y = 0; y < 40; ++y)

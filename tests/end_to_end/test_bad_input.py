@@ -1,4 +1,5 @@
 """Wrong input: one line that says what to do, the right exit status, nothing half written."""
+import json
 import os
 import pathlib
 import subprocess
@@ -71,6 +72,8 @@ class BadMovieTest(TestCase):
         (bad / "broken.json").write_text('{"id": 1}')
         (bad / "style.json").write_text('{"videoFit": "stretch"}')
         (bad / "cut.mov").write_bytes(good.read_bytes()[:3000])
+        project = json.loads(run("project", good)[1])
+        (bad / "nothing.json").write_text(json.dumps(project | {"segments": []}))
         output = self.folder / "out.mp4"
         output.write_text("old")
         for name in ("missing.mov", "empty.mov", "text.mov", "broken.json", "cut.mov", "."):
@@ -89,6 +92,8 @@ class BadMovieTest(TestCase):
                 (["frame", good, "--at", -1, "--output", self.folder / "f.png"], 2, "--at"),
                 (["frame", good, "--output", self.folder / "f.png"], 2, "--at"),
                 (["frame", good, "--at", 0, "--output", self.folder / "none" / "f.png"], 1, "f.png"),
+                (["frame", good, "--at", 0, "--output", good], 1, "input"),
+                (["frame", bad / "nothing.json", "--at", 0, "--output", self.folder / "f.png"], 1, "the timeline is empty"),
                 (["export", good, "--output", self.folder / "none" / "o.mp4", "--quiet"], 1, "o.mp4"),
                 (["export", good, "--output", good, "--quiet"], 1, "input"),
                 (["export", good, "--quiet"], 2, "--output"),

@@ -105,6 +105,46 @@ TEST_F(ExportSessionTest, GivesEveryFrameItsPictureAtAConstantRate) {
     EXPECT_EQ((*exported)->tracks().front().nominalFrameRate, 30);
 }
 
+TEST_F(ExportSessionTest, ReadsADeepStackAsItsCompositorComesToIt) {
+    // More tracks than files are held open; each shows the take a sixtieth later than the one before.
+    constexpr int depth = 20;
+    std::vector<std::int32_t> tracks;
+    for (int at = 0; at < depth; ++at) {
+        CompositionTrack& track = composition->addTrack(MediaKind::video);
+        ASSERT_TRUE(track.insertTimeRange({MediaTime(at, 60), MediaTime(1, 10)}, asset, 0, MediaTime::zero()));
+        tracks.push_back(track.trackID());
+    }
+    std::atomic<bool> isVanishing = false;
+    VideoComposition video = scripted([&](int number, const std::shared_ptr<FrameRequest>& request) {
+        for (int at = 0; at < depth; ++at) {
+            if (const PixelBuffer picture = request->sourceFrame(tracks[std::size_t(at)])) {
+                EXPECT_EQ(numberIn(picture), number + at);
+            }
+        }
+        if (isVanishing)
+            std::filesystem::remove(asset->path());
+        request->finish(paintedPicture(number));
+    });
+    video.instructions = {showing(tracks, MediaTime::zero(), composition->duration())};
+    {
+        ExportSession session(composition, video);
+        start(session);
+        const auto result = waitForEnd();
+        ASSERT_TRUE(result) << result.error().message;
+    }
+    EXPECT_EQ(exportedNumbers(), (std::vector<int>{0, 1, 2, 3, 4, 5}));
+
+    std::filesystem::remove(target);
+    isVanishing = true;
+    ended = {};
+    ExportSession session(composition, video);
+    start(session);
+    const auto result = waitForEnd();
+    ASSERT_FALSE(result);
+    EXPECT_EQ(result.error().message, "take.mov: No such file or directory");
+    EXPECT_EQ(folder.names(), std::vector<std::string>());
+}
+
 TEST_F(ExportSessionTest, FollowsCutsGapsAndRepeatsAndRoundsTheLengthUp) {
     // 0.5-0.75 s, the same again, a gap, then a piece from before; the end lies within a frame.
     place({MediaTime(1, 2), MediaTime(1, 4)}, MediaTime::zero());
