@@ -6,7 +6,7 @@ find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Network)
 find_package(QCoro6 0.8 REQUIRED COMPONENTS Core)
 find_package(tl-expected REQUIRED)
 
-pkg_check_modules(LIBAV REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil libswresample libswscale)
+pkg_check_modules(LIBAV REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil libswresample libswscale libavfilter)
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-shm xcb-damage xcb-composite xcb-render xcb-renderutil xcb-xfixes
   xcb-randr xcb-xinput xcb-res xcb-shape)
 

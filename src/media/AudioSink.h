@@ -10,7 +10,7 @@ namespace keldra {
 
 /// Where sound is heard: interleaved stereo floats, 48,000 frames a second.
 ///
-/// Threads: all operations from any one thread at a time; none waits for the device.
+/// Threads: hasDevice() from any; the others from one thread at a time, and none waits for the device.
 class AudioSink {
 public:
     static constexpr int sampleRate = 48000;
@@ -24,6 +24,7 @@ public:
 
     virtual ~AudioSink() = default;
 
+    virtual bool hasDevice() const = 0;
     /// Takes as many frames as there is room for and answers how many; they are heard once started.
     virtual std::size_t write(const float* frames, std::size_t count) = 0;
     /// Begins, or goes on, to be heard.

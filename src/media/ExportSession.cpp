@@ -18,7 +18,7 @@ namespace {
 /// How many composed frames lie between reader and encoder: seven, or what half a gigabyte holds of larger ones.
 int framesUnderWay(const VideoComposition& video) {
     constexpr std::int64_t budget = std::int64_t(512) << 20;
-    const std::int64_t frameBytes = std::int64_t(video.renderWidth) * video.renderHeight * 4;
+    const std::int64_t frameBytes = std::int64_t(video.renderWidth) * video.renderHeight * 3 / 2;
     return int(std::clamp<std::int64_t>(budget / std::max<std::int64_t>(frameBytes, 1), 2, 7));
 }
 

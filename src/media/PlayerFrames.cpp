@@ -11,7 +11,9 @@ namespace {
 
 /// Frames that are made ahead: an eighth of a second at 60 a second, for cuts that need a seek.
 constexpr int mostAhead = 8;
-/// A frame that is late is not made; nor is the one after it, which would be late by the time it is there.
+/// A frame that is late by more than so many is not made; nor are the next ones, which would be late by the time they
+/// are there.
+constexpr int tolerableDelay = 2;
 constexpr int skippedWhenLate = 2;
 /// How far back pictures are decoded for reverse play, in seconds.
 constexpr double backwardSeconds = 1;
@@ -81,7 +83,7 @@ PixelBuffer PlayerFrames::take(std::int64_t due) {
             m_droppedCount += taken ? 1 : 0;
             taken = std::move(m_ready.front().picture);
         }
-        if (m_direction != 0 && m_next && (due - *m_next) * sign > 0) {
+        if (m_direction != 0 && m_next && (due - *m_next) * sign > tolerableDelay) {
             const std::int64_t next = due + sign * skippedWhenLate;
             m_droppedCount += std::abs(next - *m_next);
             m_next = next;

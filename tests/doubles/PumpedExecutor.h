@@ -6,8 +6,10 @@
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 namespace keldra {
 
@@ -30,9 +32,18 @@ public:
         assert(isCurrent());
         work();
     }
-    Timer every(Duration, Work) override {
-        assert(!"no repeats here");
-        return {};
+    /// Repeats run in fire() only.
+    Timer every(Duration, Work work) override {
+        auto repeat = std::make_shared<Work>(std::move(work));
+        m_repeats.push_back(repeat);
+        return Timer([repeat]() mutable { repeat.reset(); });
+    }
+    /// Runs each repeat once.
+    void fire() {
+        const auto repeats = m_repeats;
+        for (const auto& weak : repeats)
+            if (const auto repeat = weak.lock())
+                (*repeat)();
     }
     bool isCurrent() const override { return std::this_thread::get_id() == m_thread; }
 
@@ -62,6 +73,7 @@ private:
     std::mutex m_lock;
     std::condition_variable m_arrived;
     std::deque<Work> m_waiting;
+    std::vector<std::weak_ptr<Work>> m_repeats;
 };
 
 } // namespace keldra
