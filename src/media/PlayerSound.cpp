@@ -9,6 +9,8 @@ using namespace std::chrono_literals;
 
 constexpr Duration fillPeriod = 10ms;
 constexpr std::int64_t framesAtOnce = 1024;
+/// More than a sink takes; each costs two rounds, one to read it and one to hand it on.
+constexpr int mostPiecesAtOnce = 64;
 /// A device that says nothing for so many seconds is gone, or was.
 constexpr double lostAfter = 0.3;
 
@@ -86,7 +88,8 @@ void PlayerSound::begin(std::uint64_t number, double seconds, double rate) {
 void PlayerSound::fill() {
     if (!m_run)
         return;
-    for (;;) {
+    tellPosition();
+    for (int piece = 0; piece < mostPiecesAtOnce; ++piece) {
         if (m_taken == m_waiting.size()) {
             if (m_run->isAtEnd)
                 break;
@@ -102,7 +105,6 @@ void PlayerSound::fill() {
         if (accepted < count)
             break;
     }
-    tellPosition();
 }
 
 Result<void> PlayerSound::readMore() {

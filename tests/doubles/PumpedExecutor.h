@@ -58,6 +58,8 @@ public:
             guard.lock();
             if (isDone)
                 return true;
+            if (std::chrono::steady_clock::now() > end)
+                return false;
             if (!m_arrived.wait_until(guard, end, [this] { return !m_waiting.empty(); }))
                 return false;
             const Work work = std::move(m_waiting.front());
