@@ -60,7 +60,7 @@ Result<void> PlacedSound::start(std::int64_t first) {
     if (m_source->sampleRate() <= 0)
         return fail(mediaError(MediaError::noSuchTrack, fileNameOf(m_source->asset()->path()) + " has no sound"));
     const SoundEnd from = soundEndOf({SampleKind::float32, m_source->sampleRate(), m_source->channelCount()});
-    TRY_LET(SwrPtr made, makeSoundConversion(from, soundEndOf(m_format)));
+    TRY_LET(SwrPtr made, makeSoundConversion(from, soundEndOf(m_format), fileNameOf(m_source->asset()->path())));
     m_conversion.reset(made.release());
 
     const std::int64_t wanted = m_phase + first * m_step;

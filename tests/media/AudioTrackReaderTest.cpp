@@ -226,6 +226,19 @@ TEST(AudioTrackReader, ReadsBadFilesAsFarAsTheyGo) {
     ASSERT_TRUE(mono);
     EXPECT_NEAR((*mono->next())->samples<std::int16_t>()[100], 8192, 2);
 
+    // More channels than can be mixed, and a rate that nobody uses: read as they are, but not mixed down.
+    TestSound crowd{48000, 200, std::vector<float>(200 * 500, 0.25F)};
+    writeWav(path, crowd);
+    EXPECT_EQ(readWhole(path).samples, crowd.samples);
+    const auto crowded = openSound(path, {SampleKind::int16, true});
+    ASSERT_TRUE(crowded);
+    const auto refused = crowded->next();
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().message, "a.wav: Sound of 200 channels at 48000 Hz cannot be converted");
+    TestSound rushed{2'000'000'000, 1, std::vector<float>(500, 0.25F)};
+    writeWav(path, rushed);
+    EXPECT_EQ(readWhole(path).samples, rushed.samples);
+
     writeWav(path, TestSound{48000, 1, {}});
     const auto empty = Asset::open(path);
     if (empty)
