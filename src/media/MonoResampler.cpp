@@ -11,7 +11,7 @@ void MonoResampler::FreeConversion::operator()(SwrContext* context) const {
 }
 
 Result<std::unique_ptr<MonoResampler>> MonoResampler::make(int fromRate, int toRate, const std::string& subject) {
-    constexpr int filterSize = 16;
+    constexpr int filterSize = 8;
     std::unique_ptr<MonoResampler> resampler(new MonoResampler);
     // Of one channel both forms look alike, and libav handles planes without a copy.
     SoundEnd from = soundEndOf({SampleKind::int16, fromRate, 1});

@@ -205,6 +205,19 @@ TEST(AudioTrackReader, MixesToSixteenBitMono) {
     }
 }
 
+TEST(AudioTrackReader, LimitsWhatSixteenBitsDoNotHold) {
+    const TemporaryFolder folder;
+    const float infinite = std::numeric_limits<float>::infinity();
+    writeWav(folder / "a.wav", {48000, 1, {NAN, infinite, -infinite, 5, -5, 0.99999F, -1, 1e-5F}});
+    const auto reader = openSound(folder / "a.wav", {SampleKind::int16, true});
+    ASSERT_TRUE(reader);
+    const auto buffer = reader->next();
+    ASSERT_TRUE(buffer && *buffer);
+    const auto* samples = (**buffer).samples<std::int16_t>();
+    EXPECT_EQ(std::vector<int>(samples, samples + (**buffer).frameCount()),
+              (std::vector<int>{0, 32767, -32768, 32767, -32768, 32767, -32768, 0}));
+}
+
 TEST(AudioTrackReader, ReadsBadFilesAsFarAsTheyGo) {
     const TemporaryFolder folder;
     const std::string path = folder / "a.wav";
