@@ -1,20 +1,17 @@
 #include "media/MonoMix.h"
 
 #include <algorithm>
-#include <bit>
 
 // Loops that the compiler turns into vector code.
 
 namespace keldra {
 namespace {
 
-/// A NaN becomes silence. Below 2^23 a float of this size has no room for fractions, so adding it rounds, and the last
-/// sixteen bits are the sample: branch-free, where a conversion to an integer and its limits would not be.
+/// A NaN becomes silence.
 std::int16_t rounded(float scaled) {
-    constexpr float roundingSize = 12582912; // 1.5 * 2^23
     const float known = scaled == scaled ? scaled : 0.0F;
     const float limited = std::min(32767.0F, std::max(-32768.0F, known));
-    return std::int16_t(std::bit_cast<std::int32_t>(limited + roundingSize));
+    return std::int16_t(int(limited + (limited < 0 ? -0.5F : 0.5F)));
 }
 
 void mixPairs(const std::int16_t* __restrict pairs, std::int16_t* __restrict mono, int count) {
