@@ -93,7 +93,7 @@ Result<EditorWaveform> EditorWaveformGenerator::generateNow(const std::string& p
 Result<void> EditorWaveformGenerator::takePeaks(const AssetPtr& asset, WaveformPeaks& peaks) {
     Decoding decoding;
     TRY(decoding.open(asset));
-    MonoSum sum(asset->tracks(MediaKind::audio).size(), peaks);
+    MonoSum sum(fileNameOf(asset->path()), asset->tracks(MediaKind::audio).size(), peaks);
     BoundedQueue<Batch> underWay(batchesAhead);
     Result<void> taken;
     m_peakQueue.post([&] {

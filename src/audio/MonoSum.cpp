@@ -16,7 +16,7 @@ Result<void> MonoSum::startAt(Lane& lane, const AudioBuffer& sound) {
         TRY(lane.resampler->drain(rest));
         append(lane, std::move(rest));
     } else {
-        TRY_LET(lane.resampler, MonoResampler::make(rate, WaveformPeaks::sampleRate));
+        TRY_LET(lane.resampler, MonoResampler::make(rate, WaveformPeaks::sampleRate, m_fileName));
         lane.sampleRate = rate;
     }
     const auto position = std::int64_t(sound.time().seconds() * WaveformPeaks::sampleRate + 0.5);

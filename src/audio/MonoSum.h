@@ -9,6 +9,7 @@
 #include <deque>
 #include <limits>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace keldra {
@@ -17,7 +18,9 @@ namespace keldra {
 /// one thread at a time.
 class MonoSum {
 public:
-    MonoSum(std::size_t trackCount, WaveformPeaks& peaks) : m_lanes(trackCount), m_peaks(peaks) {}
+    /// `fileName` is what errors speak of.
+    MonoSum(std::string fileName, std::size_t trackCount, WaveformPeaks& peaks)
+        : m_fileName(std::move(fileName)), m_lanes(trackCount), m_peaks(peaks) {}
 
     /// 16-bit mono sound of a track, in its order of time.
     [[nodiscard]] Result<void> add(std::size_t track, const AudioBuffer& sound);
@@ -44,6 +47,7 @@ private:
     /// Sums what lies before the slowest track's place.
     void sumUp();
 
+    std::string m_fileName;
     std::vector<Lane> m_lanes;
     WaveformPeaks& m_peaks;
 };

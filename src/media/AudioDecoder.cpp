@@ -137,7 +137,11 @@ Result<std::optional<DecodedSound>> AudioDecoder::decodeNext() {
         }
         if (frame->nb_samples <= 0 || frame->sample_rate <= 0)
             continue;
-        TRY_LET(frame, inFirstForm(std::move(frame)));
+        frame = inFirstForm(std::move(frame));
+        if (!frame) {
+            m_isAfterLoss = true;
+            continue;
+        }
         if (frame->nb_samples <= 0)
             continue;
         const std::int64_t position = positionOf(*frame);
@@ -191,7 +195,7 @@ Result<void> AudioDecoder::feed() {
     return {};
 }
 
-Result<FramePtr> AudioDecoder::inFirstForm(FramePtr frame) {
+FramePtr AudioDecoder::inFirstForm(FramePtr frame) {
     if (m_format == AV_SAMPLE_FMT_NONE)
         m_format = AVSampleFormat(frame->format);
     const SoundEnd form = soundEndOf(*frame);
@@ -205,7 +209,10 @@ Result<FramePtr> AudioDecoder::inFirstForm(FramePtr frame) {
     SoundEnd first{m_format, m_rate, {}};
     av_channel_layout_default(&first.channels, m_channelCount);
     if (!isSameAsBefore) {
-        TRY_LET(m_toFirstForm, makeSoundConversion(form, first));
+        Result<SwrPtr> made = makeSoundConversion(form, first, m_input->displayName());
+        if (!made)
+            return nullptr;
+        m_toFirstForm = std::move(*made);
         m_otherForm = form;
         // Only its number of channels is looked at later; the rest may belong to the frame.
         m_otherForm.channels = AVChannelLayout{AV_CHANNEL_ORDER_UNSPEC, form.channels.nb_channels, {}, nullptr};
@@ -216,13 +223,16 @@ Result<FramePtr> AudioDecoder::inFirstForm(FramePtr frame) {
     converted->ch_layout = first.channels;
     converted->pts = frame->pts;
     converted->best_effort_timestamp = frame->best_effort_timestamp;
-    converted->nb_samples = std::max(1, swr_get_out_samples(m_toFirstForm.get(), frame->nb_samples));
+    converted->nb_samples = swr_get_out_samples(m_toFirstForm.get(), frame->nb_samples);
+    constexpr int mostSamples = 1 << 22;
+    if (converted->nb_samples <= 0 || converted->nb_samples > mostSamples)
+        return nullptr;
     int answer = av_frame_get_buffer(converted.get(), 0);
     if (answer >= 0)
         answer = swr_convert(m_toFirstForm.get(), converted->extended_data, converted->nb_samples,
                              const_cast<const std::uint8_t**>(frame->extended_data), frame->nb_samples);
     if (answer < 0)
-        return fail(libavError(answer, m_input->displayName()));
+        return nullptr;
     converted->nb_samples = answer;
     return converted;
 }

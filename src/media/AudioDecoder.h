@@ -47,8 +47,8 @@ private:
     [[nodiscard]] Result<FramePtr> receive();
     /// One packet further into the codec, or the news of the end.
     [[nodiscard]] Result<void> feed();
-    /// A stream that changes its form half way is converted to the first.
-    [[nodiscard]] Result<FramePtr> inFirstForm(FramePtr frame);
+    /// A stream that changes its form half way is converted to the first. Null for a form that cannot be meant.
+    FramePtr inFirstForm(FramePtr frame);
     /// Where a frame stands, judged by its stamp and by what came before it.
     std::int64_t positionOf(const AVFrame& frame);
     std::int64_t settled(std::int64_t stamped) const;

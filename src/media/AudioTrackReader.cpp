@@ -1,9 +1,11 @@
 #include "media/AudioTrackReader.h"
 
 #include "media/AudioDecoder.h"
+#include "media/MediaError.h"
 #include "media/MonoMix.h"
 
 #include <array>
+#include <string>
 
 namespace keldra {
 namespace {
@@ -22,8 +24,9 @@ AudioBuffer sharing(DecodedSound sound, const AudioFormat& format, MediaTime tim
 
 class DecodedTrackReader final : public AudioTrackReader {
 public:
-    DecodedTrackReader(std::unique_ptr<AudioDecoder> decoder, Options options)
+    DecodedTrackReader(std::unique_ptr<AudioDecoder> decoder, std::string fileName, Options options)
         : m_decoder(std::move(decoder))
+        , m_fileName(std::move(fileName))
         , m_format{options.kind, m_decoder->sampleRate(), options.isMono ? 1 : m_decoder->channelCount()} {}
 
     const AudioFormat& format() const override { return m_format; }
@@ -55,7 +58,7 @@ private:
     Result<void> convert(const DecodedSound& sound, AudioBuffer& buffer) {
         const AVFrame& frame = *sound.frame;
         if (!m_conversion) {
-            TRY_LET(m_conversion, makeSoundConversion(soundEndOf(frame), soundEndOf(m_format)));
+            TRY_LET(m_conversion, makeSoundConversion(soundEndOf(frame), soundEndOf(m_format), m_fileName));
         }
         const auto format = AVSampleFormat(frame.format);
         const bool isPlanar = av_sample_fmt_is_planar(format) != 0;
@@ -67,11 +70,12 @@ private:
         std::uint8_t* output = reinterpret_cast<std::uint8_t*>(buffer.mutableBytes());
         const int answer = swr_convert(m_conversion.get(), &output, sound.frameCount, input.data(), sound.frameCount);
         if (answer < 0)
-            return fail(libavError(answer));
+            return fail(libavError(answer, m_fileName));
         return {};
     }
 
     std::unique_ptr<AudioDecoder> m_decoder;
+    std::string m_fileName;
     AudioFormat m_format;
     SwrPtr m_conversion;
 };
@@ -80,7 +84,8 @@ private:
 
 Result<std::unique_ptr<AudioTrackReader>> AudioTrackReader::open(AssetPtr asset, int trackIndex, Options options) {
     TRY_LET(auto decoder, AudioDecoder::open(asset->path(), trackIndex));
-    return std::unique_ptr<AudioTrackReader>(new DecodedTrackReader(std::move(decoder), options));
+    return std::unique_ptr<AudioTrackReader>(
+        new DecodedTrackReader(std::move(decoder), fileNameOf(asset->path()), options));
 }
 
 } // namespace keldra

@@ -9,7 +9,8 @@ namespace {
 
 /// A NaN becomes silence.
 std::int16_t rounded(float scaled) {
-    const float limited = std::min(32767.0F, std::max(-32768.0F, scaled));
+    const float known = scaled == scaled ? scaled : 0.0F;
+    const float limited = std::min(32767.0F, std::max(-32768.0F, known));
     return std::int16_t(int(limited + (limited < 0 ? -0.5F : 0.5F)));
 }
 

@@ -10,11 +10,14 @@ void MonoResampler::FreeConversion::operator()(SwrContext* context) const {
     swr_free(&context);
 }
 
-Result<std::unique_ptr<MonoResampler>> MonoResampler::make(int fromRate, int toRate) {
-    constexpr int filterSize = 16;
+Result<std::unique_ptr<MonoResampler>> MonoResampler::make(int fromRate, int toRate, const std::string& subject) {
+    constexpr int filterSize = 8;
     std::unique_ptr<MonoResampler> resampler(new MonoResampler);
-    TRY_LET(SwrPtr made, makeSoundConversion(soundEndOf({SampleKind::int16, fromRate, 1}),
-                                             soundEndOf({SampleKind::int16, toRate, 1}), filterSize));
+    // Of one channel both forms look alike, and libav handles planes without a copy.
+    SoundEnd from = soundEndOf({SampleKind::int16, fromRate, 1});
+    SoundEnd to = soundEndOf({SampleKind::int16, toRate, 1});
+    from.format = to.format = AV_SAMPLE_FMT_S16P;
+    TRY_LET(SwrPtr made, makeSoundConversion(from, to, subject, filterSize));
     resampler->m_conversion.reset(made.release());
     return resampler;
 }

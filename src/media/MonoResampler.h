@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 struct SwrContext;
@@ -14,7 +15,9 @@ namespace keldra {
 /// comes out stands at the time of sample n * from / to that went in. Belongs to one thread at a time.
 class MonoResampler {
 public:
-    [[nodiscard]] static Result<std::unique_ptr<MonoResampler>> make(int fromRate, int toRate);
+    /// `subject` is what errors speak of.
+    [[nodiscard]] static Result<std::unique_ptr<MonoResampler>> make(int fromRate, int toRate,
+                                                                     const std::string& subject);
 
     /// Appends to `output` what can be given out so far; the filter holds a little back.
     [[nodiscard]] Result<void> resample(const std::int16_t* samples, std::int64_t count,

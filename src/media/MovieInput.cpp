@@ -111,6 +111,9 @@ Result<std::unique_ptr<MovieInput>> MovieInput::open(const std::string& path, co
         return fail(std::move(error));
     }
     std::unique_ptr<MovieInput> input(new MovieInput(context, displayName));
+    // libav looks for other codecs disguised as PCM, in five megabytes when it is let.
+    if (input->isContainer("wav"))
+        context->probesize = 1 << 17;
     if (const int found = findStreamInfo(*context); found < 0)
         return fail(notAMovie(displayName, libavWords(found)));
     TRY(checkWhole(*context, displayName));

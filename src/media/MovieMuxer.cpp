@@ -11,6 +11,8 @@ namespace {
 
 /// Ticks per second in which the file states times; holds 24, 25, 30, 50, 60, 120 and 1/600 s exactly.
 constexpr const char* timescale = "60000";
+/// The same for an export, whose edit list also has to state the end of 48 kHz sound exactly.
+constexpr const char* exportTimescale = "240000";
 
 } // namespace
 
@@ -72,7 +74,7 @@ Result<void> MovieMuxer::begin() {
     // An export's frames come at a pace that its own time base holds exactly.
     if (m_shape != Shape::mp4)
         av_dict_set(&options, "video_track_timescale", timescale, 0);
-    av_dict_set(&options, "movie_timescale", timescale, 0);
+    av_dict_set(&options, "movie_timescale", m_shape == Shape::mp4 ? exportTimescale : timescale, 0);
     const int answer = avformat_write_header(m_context, &options);
     av_dict_free(&options);
     return checked(answer);

@@ -14,15 +14,19 @@ constexpr std::int64_t portion = 2048;
 /// Samples at the lower rate that the resampling filter looks back on, twice over.
 constexpr std::int64_t filterReach = 64;
 
-std::int64_t nearest(MediaTime offset, std::int64_t factor) {
+/// Of offset * factor.
+std::int64_t floored(MediaTime offset, std::int64_t factor) {
     __extension__ using Wide = __int128;
-    const Wide numerator = Wide(offset.value()) * factor * 2 + offset.timescale();
-    const Wide denominator = Wide(offset.timescale()) * 2;
-    return std::int64_t(numerator / denominator - (numerator % denominator < 0 ? 1 : 0));
+    const Wide numerator = Wide(offset.value()) * factor;
+    return std::int64_t(numerator / offset.timescale() - (numerator % offset.timescale() < 0 ? 1 : 0));
 }
 
 std::int64_t floorDivided(std::int64_t value, std::int64_t by) {
     return value / by - (value % by < 0 ? 1 : 0);
+}
+
+std::int64_t nearest(MediaTime offset, std::int64_t factor) {
+    return floorDivided(floored(offset, 2 * factor) + 1, 2);
 }
 
 } // namespace
@@ -42,7 +46,9 @@ PlacedSound::PlacedSound(std::unique_ptr<SourceSound> source, MediaTime offset, 
 PlacedSound::~PlacedSound() = default;
 
 void PlacedSound::setOffset(MediaTime offset) {
-    const std::int64_t phase = nearest(offset, m_source->sampleRate() * m_steps);
+    // Rounded to the nearest a piece that starts between two frames could lose its first sample.
+    const std::int64_t phase =
+        isOneForOne() ? floored(offset, m_format.sampleRate) : nearest(offset, m_source->sampleRate() * m_steps);
     m_isStarted = m_isStarted && phase == m_phase;
     m_phase = phase;
 }
@@ -54,7 +60,7 @@ Result<void> PlacedSound::start(std::int64_t first) {
     if (m_source->sampleRate() <= 0)
         return fail(mediaError(MediaError::noSuchTrack, fileNameOf(m_source->asset()->path()) + " has no sound"));
     const SoundEnd from = soundEndOf({SampleKind::float32, m_source->sampleRate(), m_source->channelCount()});
-    TRY_LET(SwrPtr made, makeSoundConversion(from, soundEndOf(m_format)));
+    TRY_LET(SwrPtr made, makeSoundConversion(from, soundEndOf(m_format), fileNameOf(m_source->asset()->path())));
     m_conversion.reset(made.release());
 
     const std::int64_t wanted = m_phase + first * m_step;

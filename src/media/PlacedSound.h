@@ -17,7 +17,8 @@ namespace keldra {
 ///
 /// What a frame holds follows from its number and the offset alone, not from what was read before: reading on, seeking
 /// and cutting give the same samples. Where the rates differ the phase is right to 1/(2 b) of a source sample, where
-/// the line's rate is b/a of the source's in lowest terms; where they are equal the offset is rounded to a sample.
+/// the line's rate is b/a of the source's in lowest terms; where they are equal the sound comes less than a sample
+/// late.
 class PlacedSound {
 public:
     /// `offset` is the time in the file that stands at the line's zero.

@@ -31,6 +31,10 @@ std::vector<double> channelShares(const AVChannelLayout& from, const AVChannelLa
     return std::vector<double>(std::size_t(from.nb_channels) * std::size_t(to.nb_channels), 1.0 / from.nb_channels);
 }
 
+bool isPlausible(int sampleRate) {
+    return sampleRate >= 100 && sampleRate <= 768'000;
+}
+
 } // namespace
 
 SoundEnd soundEndOf(const AVFrame& frame) {
@@ -43,7 +47,15 @@ SoundEnd soundEndOf(const AudioFormat& format) {
     return end;
 }
 
-Result<SwrPtr> makeSoundConversion(const SoundEnd& from, const SoundEnd& to, int filterSize) {
+Result<SwrPtr> makeSoundConversion(const SoundEnd& from, const SoundEnd& to, std::string_view subject, int filterSize) {
+    const auto refusal = [&] {
+        return mediaError(MediaError::noDecoder, std::string(subject) + ": Sound of " +
+                                                     std::to_string(from.channels.nb_channels) + " channels at " +
+                                                     std::to_string(from.sampleRate) + " Hz cannot be converted");
+    };
+    // A filter grows with the ratio, and damaged files state any rate.
+    if (from.sampleRate != to.sampleRate && !(isPlausible(from.sampleRate) && isPlausible(to.sampleRate)))
+        return fail(refusal());
     AVChannelLayout source = knownLayout(from.channels);
     const bool isSameCount = source.nb_channels == to.channels.nb_channels;
     // As many channels stay the ones they are, whatever each side calls them.
@@ -60,9 +72,11 @@ Result<SwrPtr> makeSoundConversion(const SoundEnd& from, const SoundEnd& to, int
     }
     if (answer >= 0)
         answer = swr_init(context.get());
-    if (answer < 0)
-        return fail(libavError(answer, "Sound of " + std::to_string(source.nb_channels) + " channels at " +
-                                           std::to_string(from.sampleRate) + " Hz cannot be converted"));
+    if (answer < 0) {
+        Error error = refusal();
+        error.info = libavError(answer).info;
+        return fail(std::move(error));
+    }
     return context;
 }
 

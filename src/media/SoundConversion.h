@@ -4,6 +4,8 @@
 #include "media/AudioBuffer.h"
 #include "media/Libav.h"
 
+#include <string_view>
+
 extern "C" {
 #include <libswresample/swresample.h>
 }
@@ -29,6 +31,8 @@ SoundEnd soundEndOf(const AudioFormat& format);
 
 /// Mono goes to every channel as it is; more channels go to fewer in such shares that nothing gets louder than full
 /// scale. `filterSize` is the resampling filter's length at the lower rate, in samples.
-[[nodiscard]] Result<SwrPtr> makeSoundConversion(const SoundEnd& from, const SoundEnd& to, int filterSize = 32);
+/// Errors: more than 64 channels, rates that nobody uses; `subject` names what was to be converted.
+[[nodiscard]] Result<SwrPtr> makeSoundConversion(const SoundEnd& from, const SoundEnd& to, std::string_view subject,
+                                                 int filterSize = 32);
 
 } // namespace keldra

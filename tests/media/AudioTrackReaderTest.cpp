@@ -205,6 +205,19 @@ TEST(AudioTrackReader, MixesToSixteenBitMono) {
     }
 }
 
+TEST(AudioTrackReader, LimitsWhatSixteenBitsDoNotHold) {
+    const TemporaryFolder folder;
+    const float infinite = std::numeric_limits<float>::infinity();
+    writeWav(folder / "a.wav", {48000, 1, {NAN, infinite, -infinite, 5, -5, 0.99999F, -1, 1e-5F}});
+    const auto reader = openSound(folder / "a.wav", {SampleKind::int16, true});
+    ASSERT_TRUE(reader);
+    const auto buffer = reader->next();
+    ASSERT_TRUE(buffer && *buffer);
+    const auto* samples = (**buffer).samples<std::int16_t>();
+    EXPECT_EQ(std::vector<int>(samples, samples + (**buffer).frameCount()),
+              (std::vector<int>{0, 32767, -32768, 32767, -32768, 32767, -32768, 0}));
+}
+
 TEST(AudioTrackReader, ReadsBadFilesAsFarAsTheyGo) {
     const TemporaryFolder folder;
     const std::string path = folder / "a.wav";
@@ -225,6 +238,19 @@ TEST(AudioTrackReader, ReadsBadFilesAsFarAsTheyGo) {
     const auto mono = openSound(path, {SampleKind::int16, true});
     ASSERT_TRUE(mono);
     EXPECT_NEAR((*mono->next())->samples<std::int16_t>()[100], 8192, 2);
+
+    // More channels than can be mixed, and a rate that nobody uses: read as they are, but not mixed down.
+    TestSound crowd{48000, 200, std::vector<float>(200 * 500, 0.25F)};
+    writeWav(path, crowd);
+    EXPECT_EQ(readWhole(path).samples, crowd.samples);
+    const auto crowded = openSound(path, {SampleKind::int16, true});
+    ASSERT_TRUE(crowded);
+    const auto refused = crowded->next();
+    ASSERT_FALSE(refused);
+    EXPECT_EQ(refused.error().message, "a.wav: Sound of 200 channels at 48000 Hz cannot be converted");
+    TestSound rushed{2'000'000'000, 1, std::vector<float>(500, 0.25F)};
+    writeWav(path, rushed);
+    EXPECT_EQ(readWhole(path).samples, rushed.samples);
 
     writeWav(path, TestSound{48000, 1, {}});
     const auto empty = Asset::open(path);
