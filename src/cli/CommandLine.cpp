@@ -44,6 +44,7 @@ constexpr Command commands[] = {
 )",
      runFrame},
     {"export", R"(keldra export INPUT --output F.mp4 [--canvas STYLE.json] [--quiet]
+       [--encoder auto|x264|vaapi|nvenc|qsv]
         the finished movie of a movie or project
 )",
      runExport},

@@ -17,19 +17,25 @@ struct ExportArguments {
     QString input;
     QString output;
     std::optional<QString> canvas;
+    EncoderChoice encoder = EncoderChoice::x264;
     bool isQuiet = false;
 };
 
 Result<ExportArguments> parseExportArguments(const QStringList& words) {
     TRY_LET(const Arguments arguments, parseArguments(words, {{"--output", OptionValue::required},
                                                               {"--canvas", OptionValue::required},
+                                                              {"--encoder", OptionValue::required},
                                                               {"--quiet", OptionValue::none}}));
     if (arguments.positional.size() != 1)
         return fail(usageError(QStringLiteral("export needs one movie or project file")));
     if (!arguments.has("--output"))
         return fail(usageError(QStringLiteral("export needs --output F.mp4")));
+    const QString encoderName = arguments.value("--encoder").value_or(QStringLiteral("x264"));
+    const auto encoder = encoderChoice(encoderName.toStdString());
+    if (!encoder)
+        return fail(usageError(QStringLiteral("--encoder is one of auto, x264, vaapi, nvenc, qsv")));
     return ExportArguments{arguments.positional.first(), *arguments.value("--output"), arguments.value("--canvas"),
-                           arguments.has("--quiet")};
+                           *encoder, arguments.has("--quiet")};
 }
 
 Result<CanvasStyle> readStyle(const QString& path) {
@@ -52,7 +58,8 @@ QCoro::Task<Result<void>> runExport(const CommandContext& context, QStringList w
     CO_TRY(checkNotAnInput(arguments.output, arguments.input, project));
 
     EditorCompositionBuilder builder(input.assetLoader(), MainTurn(context.mainQueue, context.clock));
-    EditorExporter exporter(std::move(builder), context.mainQueue, context.scheduler);
+    EditorExporter exporter(std::move(builder), context.mainQueue, context.scheduler,
+                            exportSessionJobs(arguments.encoder));
     bool isInterrupted = false;
     const StopSignals signals([&] {
         isInterrupted = true;

@@ -11,8 +11,10 @@ constexpr std::chrono::milliseconds pollPeriod(120);
 
 class SessionJob final : public ExportJob {
 public:
-    explicit SessionJob(const EditorCompositionOutput& output)
-        : m_session(output.composition, output.videoComposition, output.audioMix) {}
+    SessionJob(const EditorCompositionOutput& output, EncoderChoice encoder)
+        : m_session(output.composition, output.videoComposition, output.audioMix) {
+        m_session.setEncoder(encoder);
+    }
 
     void start(const std::string& path, Executor& answer, Completion<void> done) override {
         m_session.start(path, answer, std::move(done));
@@ -56,11 +58,11 @@ Error makeError(EditorExportError code, const std::string& text) {
     return {"EditorExportError", int(code), words(), {}};
 }
 
-ExportJobMaker exportSessionJobs() {
-    return [](const EditorCompositionOutput& output) -> std::unique_ptr<ExportJob> {
+ExportJobMaker exportSessionJobs(EncoderChoice encoder) {
+    return [encoder](const EditorCompositionOutput& output) -> std::unique_ptr<ExportJob> {
         if (output.composition->duration() <= MediaTime::zero())
             return nullptr;
-        return std::make_unique<SessionJob>(output);
+        return std::make_unique<SessionJob>(output, encoder);
     };
 }
 

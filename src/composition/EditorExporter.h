@@ -31,7 +31,7 @@ public:
 /// Makes the job for a built project; null when it cannot be exported.
 using ExportJobMaker = std::function<std::unique_ptr<ExportJob>(const EditorCompositionOutput& output)>;
 /// Jobs over ExportSession.
-ExportJobMaker exportSessionJobs();
+ExportJobMaker exportSessionJobs(EncoderChoice encoder = EncoderChoice::x264);
 
 /// Writes a project into one MP4 file. It builds for itself, so a preview that is an edit behind cannot leak in. One
 /// export at a time.

@@ -58,7 +58,7 @@ Result<void> ExportFile::openPicture(const Picture& picture) {
     m_height = picture.height & ~1;
     m_converted = PixelBuffer::allocate(PixelFormat::i420, m_width, m_height);
     const AVRational step{int(frameDuration.value()), frameDuration.timescale()};
-    TRY_LET(m_encoder, H264Encoder::open(encoderSettings(m_width, m_height, step)));
+    TRY_LET(m_encoder, H264Encoder::open(withProvenEncoder(picture.encoder, encoderSettings(m_width, m_height, step))));
     TRY(m_encoder->addTrackTo(*m_muxer));
     return {};
 }

@@ -3,6 +3,7 @@
 #include "base/MediaTime.h"
 #include "base/Result.h"
 #include "imaging/PixelBuffer.h"
+#include "media/EncoderChoice.h"
 #include "media/H264Encoder.h"
 #include "media/MovieMuxer.h"
 #include "media/OutputFile.h"
@@ -24,6 +25,7 @@ public:
         int width = 0;
         int height = 0;
         MediaTime frameDuration;
+        EncoderChoice encoder = EncoderChoice::x264;
     };
 
     /// Makes the file, which must not exist. The sound outlives it and is started by the caller.

@@ -161,7 +161,7 @@ private:
         std::optional<ExportFile::Picture> picture;
         if (m_videoComposition)
             picture = {m_videoComposition->renderWidth, m_videoComposition->renderHeight,
-                       m_videoComposition->frameDuration};
+                       m_videoComposition->frameDuration, m_session.m_encoder};
         auto file = ExportFile::create(m_path, picture, m_sound.get());
         if (!file) {
             stop(file.error());

@@ -4,6 +4,7 @@
 #include "base/Result.h"
 #include "media/AudioMix.h"
 #include "media/Composition.h"
+#include "media/EncoderChoice.h"
 #include "media/VideoComposition.h"
 
 #include <atomic>
@@ -29,6 +30,8 @@ public:
     /// Cancels, and waits for its threads.
     ~ExportSession();
 
+    /// Who encodes; before start(). libx264 unless told otherwise.
+    void setEncoder(EncoderChoice encoder) { m_encoder = encoder; }
     /// Writes to `path`, which must not exist. `done` runs once, on `answer`; a cancel answers with an error too, see
     /// status().
     void start(const std::string& path, Executor& answer, Completion<void> done);
@@ -43,6 +46,7 @@ private:
     std::shared_ptr<const Composition> m_composition;
     std::optional<VideoComposition> m_videoComposition;
     std::optional<AudioMix> m_audioMix;
+    EncoderChoice m_encoder = EncoderChoice::x264;
     std::atomic<Status> m_status = Status::unknown;
     std::atomic<float> m_progress = 0;
     std::unique_ptr<Run> m_run;

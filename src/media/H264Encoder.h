@@ -13,8 +13,12 @@
 
 namespace keldra {
 
+/// Who encodes: libx264, or a graphics processor through libavcodec.
+enum class H264Implementation { x264, vaapi, nvenc, qsv };
+
 /// How H264Encoder works; either a bit rate or a quality.
 struct H264Settings {
+    H264Implementation implementation = H264Implementation::x264;
     /// Even.
     int width = 0;
     int height = 0;
@@ -25,6 +29,7 @@ struct H264Settings {
     std::optional<std::int64_t> averageBitRate;
     /// 0 to 51, less is better.
     std::optional<int> constantRateFactor;
+    /// Of libx264; others have their own.
     std::string preset;
     /// Every picture leaves at once: no reordering, no look-ahead.
     bool isLive = false;
@@ -33,7 +38,7 @@ struct H264Settings {
     int threadCount = 2;
 };
 
-/// libx264: pictures in, packets out. Tags the stream as BT.709 limited. Belongs to one thread at a time.
+/// Pictures in, packets out. Tags the stream as BT.709 limited. Belongs to one thread at a time.
 class H264Encoder {
 public:
     using PacketSink = std::function<Result<void>(AVPacket&)>;
@@ -52,11 +57,16 @@ public:
 
 private:
     explicit H264Encoder(CodecContextPtr codec);
+    /// The picture in the codec's own memory or layout, where it does not take ours.
+    [[nodiscard]] Result<void> convertFrame(const PixelBuffer& picture);
+    void wrapPicture(const PixelBuffer& picture);
     [[nodiscard]] Result<void> receive(const PacketSink& sink);
 
     CodecContextPtr m_codec;
     FramePtr m_frame;
     PacketPtr m_packet;
+    /// With two planes, for codecs that want chroma in pairs.
+    FramePtr m_paired;
 };
 
 } // namespace keldra

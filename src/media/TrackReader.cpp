@@ -18,6 +18,7 @@ public:
     Result<void> seek(MediaTime time) override {
         const std::int64_t ticks = ticksAt(time);
         if (!isAheadOfCurrent(ticks)) {
+            m_decoder->passOverBefore(ticks);
             TRY_LET(FramePtr first, m_decoder->seek(ticks));
             m_following.reset();
             setCurrent(std::move(first));
@@ -33,6 +34,7 @@ public:
     }
 
     Result<void> seekToKeyFrame(MediaTime time) override {
+        m_decoder->passOverBefore(AV_NOPTS_VALUE);
         TRY_LET(FramePtr first, m_decoder->seek(ticksAt(time)));
         m_following.reset();
         setCurrent(std::move(first));

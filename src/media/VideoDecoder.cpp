@@ -87,6 +87,7 @@ Result<void> VideoDecoder::feed() {
                     m_firstWhole = m_packet->pts;
                 m_isAwaitingKey = false;
                 m_readTicks = m_packet->dts != AV_NOPTS_VALUE ? m_packet->dts : m_packet->pts;
+                m_codec->skip_frame = isPassedOver(*m_packet) ? AVDISCARD_NONREF : AVDISCARD_DEFAULT;
                 // What the codec refuses is a damaged picture: left out.
                 avcodec_send_packet(m_codec.get(), m_packet.get());
             }
@@ -108,6 +109,37 @@ bool VideoDecoder::isReachedByDecodingOn(std::int64_t ticks) {
     const AVIndexEntry* key = avformat_index_get_entry_from_timestamp(&m_input->stream(m_streamIndex), ticks + m_origin,
                                                                       AVSEEK_FLAG_BACKWARD);
     return key != nullptr && key->timestamp <= m_readTicks;
+}
+
+bool VideoDecoder::isEvenlyPacedBefore(std::int64_t ticks) {
+    AVStream& stream = m_input->stream(m_streamIndex);
+    const int key = av_index_search_timestamp(&stream, ticks + m_origin, AVSEEK_FLAG_BACKWARD);
+    if (key < 0)
+        return false;
+    std::int64_t shortest = INT64_MAX;
+    std::int64_t longest = 0;
+    const int count = avformat_index_get_entries_count(&stream);
+    for (int at = key + 1; at < count; ++at) {
+        const std::int64_t from = avformat_index_get_entry(&stream, at - 1)->timestamp;
+        const std::int64_t to = avformat_index_get_entry(&stream, at)->timestamp;
+        shortest = std::min(shortest, to - from);
+        longest = std::max(longest, to - from);
+        if (to > ticks + m_origin)
+            break;
+    }
+    // An index of key frames alone tells nothing of the frames between.
+    const bool hasEveryFrame = longest > 0 && av_rescale_q(longest, stream.time_base, {1, 5}) == 0;
+    return hasEveryFrame && longest * 2 <= shortest * 3;
+}
+
+void VideoDecoder::passOverBefore(std::int64_t ticks) {
+    const bool isSafe = ticks != AV_NOPTS_VALUE && isEvenlyPacedBefore(ticks);
+    m_soughtTicks = isSafe ? av_sat_add64(ticks, m_origin) : AV_NOPTS_VALUE;
+}
+
+bool VideoDecoder::isPassedOver(const AVPacket& packet) const {
+    return m_soughtTicks != AV_NOPTS_VALUE && packet.pts != AV_NOPTS_VALUE && packet.duration > 0 &&
+           packet.pts + 2 * packet.duration <= m_soughtTicks;
 }
 
 void VideoDecoder::forgetPosition() {

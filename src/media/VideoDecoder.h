@@ -21,8 +21,11 @@ public:
 
     /// The next frame, its `pts` on the file's line; null at the end.
     [[nodiscard]] Result<FramePtr> next();
-    /// After this next() gives a frame at or before `ticks`, or the first of the stream.
+    /// Answers with a frame at or before `ticks`, or the first of the stream; next() gives those after it.
     [[nodiscard]] Result<FramePtr> seek(std::int64_t ticks);
+    /// Until `ticks` is reached nobody wants the frames before it: those that no others are built on may be left out.
+    /// Holds until the next call; nothing is left out any more with AV_NOPTS_VALUE.
+    void passOverBefore(std::int64_t ticks);
     /// Whether decoding on from here reaches `ticks` without passing a key frame that a seek would start from.
     bool isReachedByDecodingOn(std::int64_t ticks);
 
@@ -33,6 +36,10 @@ private:
     [[nodiscard]] Result<void> startFrom(std::int64_t ticks);
     [[nodiscard]] Result<void> startFromTheBeginning();
     void forgetPosition();
+    /// Whether, as far as the container's index tells, frames from the key frame before `ticks` on follow at one pace.
+    bool isEvenlyPacedBefore(std::int64_t ticks);
+    /// Whether nobody misses the picture of this packet: it is over before the one that is sought.
+    bool isPassedOver(const AVPacket& packet) const;
 
     std::unique_ptr<MovieInput> m_input;
     int m_streamIndex = 0;
@@ -46,6 +53,8 @@ private:
     bool m_isAwaitingKey = false;
     std::int64_t m_firstWhole = AV_NOPTS_VALUE;
     bool m_isInputAtEnd = false;
+    /// Pictures before this that no others are built on are not decoded.
+    std::int64_t m_soughtTicks = AV_NOPTS_VALUE;
 };
 
 } // namespace keldra

@@ -93,3 +93,12 @@ class ExportTest(TestCase):
         self.assertIn("100%", typed.stdout)
         self.assertIn("█", typed.stdout)
         self.assertEqual(probe(output)[1]["codec_name"], "h264")
+
+    def test_without_a_graphics_processor_that_proves_itself_x264_encodes(self):
+        for encoder in ("auto", "vaapi", "nvenc", "qsv"):
+            output = self.folder / f"{encoder}.mp4"
+            status, _, words = run("export", self.recording, "--output", output, "--quiet", "--encoder", encoder)
+            self.assertEqual((encoder, status), (encoder, 0))
+            self.assertEqual(probe(output)[1]["codec_name"], "h264")
+            self.assertIn(words.count("\n"), (0, 1), "at most one line says which encoder was refused, and why")
+        self.assertEqual(run("export", self.recording, "--output", self.folder / "no.mp4", "--encoder", "other")[0], 2)

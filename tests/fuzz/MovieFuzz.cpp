@@ -1,4 +1,6 @@
 #include "media/Asset.h"
+#include "media/AudioTrackReader.h"
+#include "media/MixReader.h"
 #include "media/TrackReader.h"
 
 #include <cstdlib>
@@ -66,6 +68,54 @@ void readTrack(const AssetPtr& asset, const AssetTrack& track, PixelFormat forma
     }
 }
 
+/// Reads on for a few buffers; false at an end or an error.
+bool hearSome(AudioTrackReader& reader, int count) {
+    MediaTime end = MediaTime::zero();
+    for (int number = 0; number < count; ++number) {
+        const auto sound = reader.next();
+        if (!sound)
+            checkWords(sound.error());
+        if (!sound || !*sound)
+            return false;
+        require((**sound).frameCount() > 0 && (**sound).format() == reader.format());
+        require(number == 0 || (**sound).time() >= end);
+        end = (**sound).endTime();
+    }
+    return true;
+}
+
+void hearTrack(const AssetPtr& asset, const AssetTrack& track, bool isMono) {
+    const auto reader =
+        AudioTrackReader::open(asset, track.index, {isMono ? SampleKind::int16 : SampleKind::float32, isMono});
+    if (!reader)
+        return checkWords(reader.error());
+    (void)hearSome(**reader, 12);
+    const MediaTime end = track.timeRange.end();
+    for (const MediaTime time : {MediaTime(1, 3), end, MediaTime::zero(), end - MediaTime(1, 10)}) {
+        const auto sought = (*reader)->seek(time);
+        if (!sought)
+            return checkWords(sought.error());
+        (void)hearSome(**reader, 3);
+    }
+}
+
+/// As the sound of a clip that the whole track is.
+void mixTrack(const AssetPtr& asset, const AssetTrack& track) {
+    if (track.timeRange.isEmpty())
+        return;
+    const auto composition = std::make_shared<Composition>();
+    if (!composition->addTrack(MediaKind::audio)
+             .insertTimeRange(track.timeRange, asset, track.index, MediaTime::zero()))
+        return;
+    MixReader mix(composition, std::nullopt, {});
+    for (int number = 0; number < 4; ++number) {
+        const auto sound = mix.next(4800);
+        if (!sound)
+            return checkWords(sound.error());
+        require(sound->frameCount() <= 4800);
+    }
+}
+
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t size) {
@@ -85,5 +135,10 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* bytes, std::size_t siz
     const auto pictures = (*asset)->tracks(MediaKind::video);
     for (std::size_t at = 0; at < std::min<std::size_t>(pictures.size(), 2); ++at)
         readTrack(*asset, pictures[at], bytes[size / 2] % 2 == 0 ? PixelFormat::bgra : PixelFormat::i420);
+    const auto sounds = (*asset)->tracks(MediaKind::audio);
+    for (std::size_t at = 0; at < std::min<std::size_t>(sounds.size(), 2); ++at) {
+        hearTrack(*asset, sounds[at], bytes[size / 3] % 2 == 0);
+        mixTrack(*asset, sounds[at]);
+    }
     return 0;
 }
