@@ -35,8 +35,13 @@ PlayerFrames::PlayerFrames(std::shared_ptr<const Composition> composition, Video
     , m_queue("KELDRA.Player.Pictures") {}
 
 PlayerFrames::~PlayerFrames() {
-    const std::lock_guard guard(m_lock);
-    m_isStopping = true;
+    {
+        const std::lock_guard guard(m_lock);
+        m_isStopping = true;
+    }
+    // Reading ends first, then composing, which may still wake the queue up; the queue goes last.
+    m_queue.sync([] {});
+    m_compositor.reset();
 }
 
 std::shared_ptr<const PlayerFrames::Look> PlayerFrames::makeLook(VideoComposition video) const {

@@ -107,7 +107,6 @@ private:
     CompositionReader m_reader;
     std::map<PictureCache::TrackKey, std::unique_ptr<BackwardReader>> m_backward;
 
-    // They end from the last to the first.
     std::unique_ptr<FrameCompositor> m_compositor;
     SerialQueue m_queue;
 };
