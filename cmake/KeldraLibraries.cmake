@@ -10,6 +10,8 @@ pkg_check_modules(LIBAV REQUIRED IMPORTED_TARGET libavformat libavcodec libavuti
 pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-shm xcb-damage xcb-composite xcb-render xcb-renderutil xcb-xfixes
   xcb-randr xcb-xinput xcb-res xcb-shape)
 
+pkg_check_modules(PIPEWIRE REQUIRED IMPORTED_TARGET libpipewire-0.3)
+
 find_path(ASIO_INCLUDE asio.hpp REQUIRED)
 add_library(keldra_asio INTERFACE)
 target_include_directories(keldra_asio SYSTEM INTERFACE ${ASIO_INCLUDE})

@@ -61,6 +61,12 @@ void ChildProcess::close() {
     wait();
 }
 
+void ChildProcess::terminate() {
+    if (m_process > 0)
+        kill(m_process, SIGTERM);
+    wait();
+}
+
 int ChildProcess::wait() {
     int status = 0;
     if (m_process <= 0 || waitpid(m_process, &status, 0) != m_process)

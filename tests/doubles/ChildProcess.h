@@ -21,6 +21,8 @@ public:
     std::string readLine();
     /// Kills it and returns when it is gone.
     void close();
+    /// Asks it to end, and returns when it has.
+    void terminate();
     /// Waits for its end; the exit status, or -1 when it was killed.
     int wait();
 
