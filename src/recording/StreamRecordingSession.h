@@ -27,7 +27,7 @@ public:
         std::unique_ptr<ScreenStream> stream;
         StreamConfiguration configuration;
         std::unique_ptr<MovieWriter> writer;
-        MovieWriterInput* videoInput = nullptr;
+        MovieWriterVideoInput* videoInput = nullptr;
         CaptureSelection selection;
         /// Pixels of the movie.
         int outputWidth = 0;
