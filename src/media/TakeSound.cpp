@@ -1,37 +1,13 @@
 #include "media/TakeSound.h"
 
+#include "media/PcmTrack.h"
+
 #include <algorithm>
 #include <cstring>
 
 namespace keldra {
-namespace {
-
-AVCodecID codecFor(SampleKind kind) {
-    switch (kind) {
-    case SampleKind::int16:
-        return AV_CODEC_ID_PCM_S16LE;
-    case SampleKind::int24:
-        return AV_CODEC_ID_PCM_S24LE;
-    case SampleKind::float32:
-        return AV_CODEC_ID_PCM_F32LE;
-    }
-    return AV_CODEC_ID_NONE;
-}
-
-} // namespace
-
 Result<TakeSound> TakeSound::addTo(TakeFile& file, const AudioFormat& format) {
-    TRY_LET(AVStream* const track, file.muxer().addTrack({1, format.sampleRate}));
-    AVCodecParameters& parameters = *track->codecpar;
-    parameters.codec_type = AVMEDIA_TYPE_AUDIO;
-    parameters.codec_id = codecFor(format.kind);
-    parameters.sample_rate = format.sampleRate;
-    parameters.bits_per_coded_sample = format.bytesPerSample() * 8;
-    parameters.block_align = format.bytesPerFrame();
-    parameters.bit_rate = std::int64_t(format.sampleRate) * format.bytesPerFrame() * 8;
-    av_channel_layout_default(&parameters.ch_layout, format.channelCount);
-    // Players then mix all sound tracks, not only the first.
-    track->disposition = AV_DISPOSITION_DEFAULT;
+    TRY_LET(const AVStream* const track, addPcmTrack(file.muxer(), format));
     return TakeSound(file, format, track->index);
 }
 
