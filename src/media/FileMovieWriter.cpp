@@ -1,6 +1,7 @@
 #include "media/FileMovieWriter.h"
 
 #include "media/MediaError.h"
+#include "media/PresetTrial.h"
 #include "media/TakeWriter.h"
 
 #include <atomic>
@@ -138,11 +139,16 @@ Result<std::reference_wrapper<MovieWriterAudioInput>> FileMovieWriter::addAudioI
     return std::ref<MovieWriterAudioInput>(*m_sounds.back());
 }
 
+void FileMovieWriter::prepare() {
+    assert(!m_queue && m_video);
+    m_preset = tryPresets(liveEncoderSettings(m_video->settings()));
+}
+
 Result<void> FileMovieWriter::startWriting() {
     assert(!m_queue && m_video);
     TRY_LET(auto writer, TakeWriter::create(m_path));
     const auto begin = [&]() -> Result<void> {
-        TRY(writer->addVideo(m_video->settings()));
+        TRY(writer->addVideo(m_video->settings(), m_preset));
         for (const auto& sound : m_sounds)
             TRY(writer->addSound(sound->format()));
         return writer->begin();

@@ -31,6 +31,7 @@ public:
     addVideoInput(const VideoTrackSettings& settings) override;
     [[nodiscard]] Result<std::reference_wrapper<MovieWriterAudioInput>>
     addAudioInput(const AudioFormat& format) override;
+    void prepare() override;
     [[nodiscard]] Result<void> startWriting() override;
     void startSession(MediaTime time) override;
     void finishWriting(MediaTime end, Executor& answer, Completion<void> done) override;
@@ -51,6 +52,7 @@ private:
     const std::shared_ptr<Shared> m_shared;
     std::unique_ptr<VideoInput> m_video;
     std::vector<std::unique_ptr<AudioInput>> m_sounds;
+    std::optional<std::string> m_preset;
     MediaTime m_sessionStart = MediaTime::invalid();
     bool m_isOver = false;
     std::unique_ptr<SerialQueue> m_queue;

@@ -63,6 +63,9 @@ public:
     /// The same for a track of plain PCM, stored as it is.
     [[nodiscard]] virtual Result<std::reference_wrapper<MovieWriterAudioInput>>
     addAudioInput(const AudioFormat& format) = 0;
+    /// Finds out how finely this machine encodes in time: blocks for up to 200 ms. Before startWriting(), on any thread
+    /// that may wait; without it the plainest way is taken.
+    virtual void prepare() = 0;
     /// Opens the file. Errors: the name exists, the folder is gone or full, no encoder.
     [[nodiscard]] virtual Result<void> startWriting() = 0;
     virtual void startSession(MediaTime time) = 0;

@@ -10,10 +10,14 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 namespace keldra {
+
+/// How pictures are encoded as they come, at the plainest preset.
+H264Settings liveEncoderSettings(const VideoTrackSettings& settings);
 
 /// The half of FileMovieWriter that encodes and writes; all of it on the writer's queue once writing has begun.
 /// After a failure nothing more is written.
@@ -24,7 +28,9 @@ public:
 
     [[nodiscard]] static Result<std::unique_ptr<TakeWriter>> create(const std::string& path);
 
-    [[nodiscard]] Result<void> addVideo(const VideoTrackSettings& settings);
+    /// Without a preset the plainest is used, or the one that the environment forces.
+    [[nodiscard]] Result<void> addVideo(const VideoTrackSettings& settings,
+                                        const std::optional<std::string>& preset = {});
     /// The tracks are numbered from 0 in the order of these calls.
     [[nodiscard]] Result<void> addSound(const AudioFormat& format);
     [[nodiscard]] Result<void> begin();

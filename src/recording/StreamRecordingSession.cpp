@@ -79,6 +79,7 @@ void StreamRecordingSession::start(Completion<void> done) {
 
 /// What takes its time, before the first frame can come.
 void StreamRecordingSession::prepare() {
+    m_parts.writer->prepare();
     if (!m_clickTrack)
         return;
     std::vector<float> waveform = ClickAudioChunkMixer::loadClickWaveform(m_clickSoundStyle);

@@ -34,6 +34,7 @@ struct MovieWriterScript {
     bool copiesPictures = false;
 
     std::string path;
+    bool isPrepared = false;
     VideoTrackSettings video;
     std::optional<MediaTime> sessionStart;
     std::vector<Sample> samples;
@@ -60,6 +61,7 @@ public:
         m_sounds.emplace_back(*m_script, m_script->sounds.back());
         return std::ref<MovieWriterAudioInput>(m_sounds.back());
     }
+    void prepare() override { m_script->isPrepared = true; }
     Result<void> startWriting() override {
         return m_script->startError ? Result<void>(fail(*m_script->startError)) : Result<void>();
     }

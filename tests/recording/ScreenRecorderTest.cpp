@@ -13,6 +13,7 @@ TEST_F(ScreenRecorderTest, WritesFromTheFirstFrameToTheMomentOfTheStop) {
     EXPECT_EQ(stream->configuration->minimumFrameInterval, Duration(1s) / 60);
     EXPECT_EQ(writer->video.averageBitRate, 6'000'000);
     EXPECT_EQ(writer->video.maximumKeyFrameInterval, 120);
+    EXPECT_TRUE(writer->isPrepared);
     EXPECT_FALSE(writer->sessionStart) << "nothing is written before the first frame";
 
     const PixelBuffer picture = coordinatesPicture(640, 360);
