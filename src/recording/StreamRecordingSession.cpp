@@ -317,9 +317,11 @@ void StreamRecordingSession::padSound() {
 }
 
 void StreamRecordingSession::complete(Result<void> result) {
-    logLine("[KELDRA]", "recording ended: " + std::to_string(m_writtenFrameCount) + " frames written, " +
-                            std::to_string(m_droppedFrameCount) +
-                            " dropped; it began at t=" + std::to_string(m_begin.isNumeric() ? m_begin.seconds() : 0.0));
+    // What was lost is told once, and of a take, not of a file that never came to be.
+    if (m_begin.isNumeric())
+        logLine("[KELDRA]", "recording ended: " + std::to_string(m_writtenFrameCount) + " frames written, " +
+                                std::to_string(m_droppedFrameCount) +
+                                " dropped; it began at t=" + std::to_string(m_begin.seconds()));
     // After a failure the source still runs. Whoever hears of the end may take the queue away, so nothing may come
     // later.
     m_parts.mainQueue->post([self = shared_from_this(), result = std::move(result)] {

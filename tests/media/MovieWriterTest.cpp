@@ -297,6 +297,22 @@ TEST(MovieWriter, LocksItsFileAndRemovesItWhenCancelled) {
     EXPECT_TRUE(folder.names().empty());
 }
 
+TEST(MovieWriter, TellsThatItsFileWasRemoved) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "take.mov";
+    SerialQueue answer("test.answer");
+    FileMovieWriter writer(path);
+    MovieWriterVideoInput& input = *writer.addVideoInput(smallTrack());
+    ASSERT_TRUE(writer.startWriting());
+    writer.startSession(MediaTime::zero());
+    ASSERT_TRUE(appendWhenReady(writer, input, paintedPicture(0), MediaTime::zero()));
+    ASSERT_EQ(::unlink(path.c_str()), 0);
+    const auto finished = finishAndWait(writer, answer, MediaTime(1, 1));
+    ASSERT_FALSE(finished);
+    EXPECT_EQ(finished.error().message, "take.mov: the file was removed, or its folder, while it was recorded");
+    EXPECT_TRUE(folder.names().empty());
+}
+
 TEST(MovieWriter, RemovesOnlyItsOwnFile) {
     const TemporaryFolder folder;
     {
