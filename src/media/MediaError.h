@@ -18,6 +18,7 @@ enum class MediaError {
     outsideTheTimeline,
     invalidSettings,
     cancelled,
+    fileRemoved,
 };
 
 inline Error mediaError(MediaError code, std::string message) {

@@ -117,6 +117,11 @@ std::string OutputFile::pathOfDescriptor() const {
     return "/proc/self/fd/" + std::to_string(m_descriptor);
 }
 
+bool OutputFile::hasName() const {
+    struct stat ours {};
+    return ::fstat(m_descriptor, &ours) == 0 && ours.st_nlink > 0;
+}
+
 void OutputFile::remove() {
     struct stat ours {};
     struct stat named {};

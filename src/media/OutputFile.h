@@ -35,6 +35,8 @@ public:
     [[nodiscard]] Result<void> flush();
     /// Waits until the disk has it.
     [[nodiscard]] Result<void> sync();
+    /// Whether it still stands in some folder; a file that was removed is lost with its last descriptor.
+    bool hasName() const;
     /// Cuts off what lies behind `size`.
     void truncate(std::int64_t size);
     /// Where this very file can be opened again, whatever became of its name.

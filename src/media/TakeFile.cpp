@@ -45,7 +45,13 @@ Result<void> TakeFile::write(AVPacket& packet, AVRational timeBase) {
 }
 
 Result<void> TakeFile::closeFragment() {
-    if (!m_hasOpenFragment || m_hasFailed)
+    if (m_hasFailed)
+        return {};
+    if (!m_file->hasName())
+        return noteFailure(fail(
+            mediaError(MediaError::fileRemoved,
+                       fileNameOf(m_file->path()) + ": the file was removed, or its folder, while it was recorded")));
+    if (!m_hasOpenFragment)
         return {};
     TRY(noteFailure(m_muxer->closeFragment()));
     m_hasOpenFragment = false;

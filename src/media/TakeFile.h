@@ -27,7 +27,7 @@ public:
     [[nodiscard]] Result<void> begin();
     /// A failure (a full disk) is final; what was whole before it stays in the file.
     [[nodiscard]] Result<void> write(AVPacket& packet, AVRational timeBase);
-    /// What came since the last fragment becomes safe from a killed process.
+    /// What came since the last fragment becomes safe from a killed process. Errors: also a file that was removed.
     [[nodiscard]] Result<void> closeFragment();
 
     /// Makes it an ordinary movie that lasts until `end`. Where that fails the growing file stays, whole and playable,

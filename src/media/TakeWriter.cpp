@@ -2,45 +2,44 @@
 
 #include "imaging/Convert.h"
 #include "media/MediaError.h"
+#include "media/PresetTrial.h"
 
 #include <algorithm>
-#include <cstdlib>
 
 namespace keldra {
-namespace {
-
-/// The lightest: on two cores that also paint what is recorded, the next one loses pictures of a moving 1080p60 screen.
-std::string presetFromEnvironment() {
-    const char* forced = std::getenv("KELDRA_X264_PRESET");
-    return forced != nullptr && *forced != '\0' ? forced : "ultrafast";
-}
-
-H264Settings encoderSettings(const VideoTrackSettings& settings) {
+H264Settings liveEncoderSettings(const VideoTrackSettings& settings) {
     H264Settings encoder;
     encoder.width = settings.width;
     encoder.height = settings.height;
     encoder.timeBase = {1, TakeWriter::timescale};
     encoder.frameRate = {std::max(1, settings.expectedFrameRate), 1};
     encoder.averageBitRate = settings.averageBitRate;
-    encoder.preset = presetFromEnvironment();
+    encoder.preset = untriedPreset();
     encoder.isLive = true;
     encoder.maximumKeyFrameInterval = settings.maximumKeyFrameInterval;
     return encoder;
 }
-
-} // namespace
 
 Result<std::unique_ptr<TakeWriter>> TakeWriter::create(const std::string& path) {
     TRY_LET(auto file, TakeFile::create(path));
     return std::unique_ptr<TakeWriter>(new TakeWriter(std::move(file)));
 }
 
-Result<void> TakeWriter::addVideo(const VideoTrackSettings& settings) {
-    TRY_LET(m_video.encoder, H264Encoder::open(encoderSettings(settings)));
+Result<void> TakeWriter::addVideo(const VideoTrackSettings& settings, const std::optional<std::string>& preset) {
+    H264Settings encoder = liveEncoderSettings(settings);
+    if (preset)
+        encoder.preset = *preset;
+    TRY_LET(m_video.encoder, H264Encoder::open(encoder));
     TRY_LET(const AVStream* const track, m_video.encoder->addTrackTo(m_file->muxer()));
     m_video.index = track->index;
     m_file->muxer().setTag(frameRateTag, std::to_string(settings.expectedFrameRate));
     m_video.converted = PixelBuffer::allocate(PixelFormat::i420, settings.width, settings.height);
+    return {};
+}
+
+Result<void> TakeWriter::addSound(const AudioFormat& format) {
+    TRY_LET(TakeSound sound, TakeSound::addTo(*m_file, format));
+    m_sounds.push_back(sound);
     return {};
 }
 
@@ -63,6 +62,10 @@ Result<void> TakeWriter::appendPicture(const PixelBuffer& picture, std::int64_t 
     convertBgraToI420(picture, m_video.converted);
     return m_video.encoder->encode(m_video.converted, stamp, asKeyFrame,
                                    [this](AVPacket& packet) { return write(packet); });
+}
+
+Result<void> TakeWriter::appendSound(int number, const AudioBuffer& sound, std::int64_t firstFrame) {
+    return m_sounds[std::size_t(number)].append(sound, firstFrame);
 }
 
 Result<void> TakeWriter::write(AVPacket& packet) {

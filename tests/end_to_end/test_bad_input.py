@@ -60,6 +60,37 @@ class BadSourceTest(TestCase):
         self.assertIn("The recorded window was closed.", err)
 
 
+    def test_a_display_that_is_disconnected_ends_the_recording(self):
+        from harness import Recording
+        monitors = (("L", "960/250x1080/280+0+0", "screen"), ("R", "960/250x1080/280+960+0", "none"))
+        for name, geometry, output in monitors:
+            subprocess.run(["xrandr", "--setmonitor", name, geometry, output], check=True)
+        try:
+            with Scene("--rate", 10):
+                recording = Recording(self.folder, "--display", 2, options=["--highlight"])
+                path = recording.file()
+                until(lambda: path.stat().st_size > 20_000, "growth of the file")
+                subprocess.run(["xrandr", "--delmonitor", "R"], check=True)
+                out, err = recording.process.communicate(timeout=60)
+            self.assertEqual((recording.process.returncode, out), (1, ""))
+            self.assertIn("The recorded display was disconnected.", err)
+        finally:
+            for name, _, _ in monitors:
+                subprocess.run(["xrandr", "--delmonitor", name], capture_output=True)
+
+    def test_a_folder_that_vanishes_is_told(self):
+        from harness import Recording
+        place = self.folder / "place"
+        place.mkdir()
+        with Scene("--rate", 10):
+            recording = Recording(place, "--display", 1)
+            recording.file().unlink()
+            place.rmdir()
+            out, err = recording.process.communicate(timeout=60)
+        self.assertEqual((recording.process.returncode, out), (1, ""))
+        self.assertIn("the file was removed, or its folder, while it was recorded", err)
+
+
 class BadMovieTest(TestCase):
     def test_inputs_that_are_no_movies(self):
         good = self.folder / "good.mov"

@@ -185,7 +185,7 @@ struct Recording {
 
     SerialQueue answer{"test.answer"};
     FileMovieWriter writer;
-    MovieWriterInput* input = nullptr;
+    MovieWriterVideoInput* input = nullptr;
 };
 
 TEST(MovieWriter, OpensOnlyANameThatIsFree) {
@@ -238,7 +238,7 @@ TEST(MovieWriter, TakesOnlyPicturesThatFitInRisingOrderWithinTheSession) {
     FileMovieWriter writer(folder / "take.mov");
     auto added = writer.addVideoInput(smallTrack());
     ASSERT_TRUE(added);
-    MovieWriterInput& input = *added;
+    MovieWriterVideoInput& input = *added;
     EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(5, 1))) << "before writing";
     ASSERT_TRUE(writer.startWriting());
     EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(5, 1))) << "before the session";
@@ -294,6 +294,22 @@ TEST(MovieWriter, LocksItsFileAndRemovesItWhenCancelled) {
         recording.writer.cancelWriting();
         EXPECT_FALSE(recording.input->isReadyForMoreMediaData());
     }
+    EXPECT_TRUE(folder.names().empty());
+}
+
+TEST(MovieWriter, TellsThatItsFileWasRemoved) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "take.mov";
+    SerialQueue answer("test.answer");
+    FileMovieWriter writer(path);
+    MovieWriterVideoInput& input = *writer.addVideoInput(smallTrack());
+    ASSERT_TRUE(writer.startWriting());
+    writer.startSession(MediaTime::zero());
+    ASSERT_TRUE(appendWhenReady(writer, input, paintedPicture(0), MediaTime::zero()));
+    ASSERT_EQ(::unlink(path.c_str()), 0);
+    const auto finished = finishAndWait(writer, answer, MediaTime(1, 1));
+    ASSERT_FALSE(finished);
+    EXPECT_EQ(finished.error().message, "take.mov: the file was removed, or its folder, while it was recorded");
     EXPECT_TRUE(folder.names().empty());
 }
 
