@@ -1,6 +1,13 @@
 #pragma once
 
 #include "base/HostClock.h"
+#include "platform/AudioMeter.h"
+#include "platform/CameraSession.h"
+#include "platform/CaptureDevices.h"
+#include "platform/DisplayCapture.h"
+#include "platform/MicrophoneStream.h"
+#include "platform/OwnWindows.h"
+#include "platform/Pointer.h"
 #include "platform/ScreenStream.h"
 #include "platform/Screens.h"
 #include "platform/ShareableContent.h"
@@ -11,12 +18,22 @@
 namespace keldra {
 
 /// What a desktop gives us, as launch/ put it together. The members live as long as the program.
+///
+/// Without `devices` there are neither cameras nor microphones, and their factories stand empty. An empty
+/// `makeScreenStream` says that this desktop cannot stream, and recordings capture the display as it is.
 struct Platform {
     std::shared_ptr<HostClock> clock;
     std::shared_ptr<Screens> screens;
     std::shared_ptr<WindowList> windows;
     std::shared_ptr<ShareableContent> shareableContent;
     ScreenStreamFactory makeScreenStream;
+    DisplayCaptureFactory makeDisplayCapture;
+    std::shared_ptr<Pointer> pointer;
+    std::shared_ptr<OwnWindows> ownWindows = std::make_shared<OwnWindows>();
+    std::shared_ptr<CaptureDevices> devices;
+    CameraSessionFactory makeCameraSession;
+    MicrophoneStreamFactory makeMicrophoneStream;
+    AudioMeterFactory makeAudioMeter;
 };
 
 } // namespace keldra

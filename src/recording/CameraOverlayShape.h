@@ -1,0 +1,7 @@
+#pragma once
+
+namespace keldra {
+
+enum class CameraOverlayShape { circle, roundedSquare };
+
+} // namespace keldra

@@ -1,0 +1,7 @@
+#pragma once
+
+namespace keldra {
+
+enum class CameraOverlaySize { small, large };
+
+} // namespace keldra
