@@ -29,7 +29,8 @@ constexpr Command commands[] = {
 )",
      runSources},
     {"record", R"(keldra record (--display N | --window ID | --area X,Y,W,H)
-       [--seconds S] [--quality high|medium|low] [--output-dir DIR]
+       [--seconds S] [--quality high|medium|low] [--clicks] [--click-sound soft|classic] [--highlight]
+       [--output-dir DIR]
         records until S seconds after the first frame, or until Ctrl-C, and prints the file's path.
         X,Y count pixels from the top left of the desktop. Without --output-dir the file goes to the
         current folder.

@@ -45,6 +45,14 @@ Result<RecordingQuality> parseQuality(const QString& text) {
     return fail(usageError(QStringLiteral("--quality is high, medium or low, not \"%1\"").arg(text)));
 }
 
+Result<ClickSoundStyle> parseClickSound(const QString& text) {
+    if (text == u"soft")
+        return ClickSoundStyle::soft;
+    if (text == u"classic")
+        return ClickSoundStyle::classic;
+    return fail(usageError(QStringLiteral("--click-sound is soft or classic, not \"%1\"").arg(text)));
+}
+
 QString numbersOf(const QList<Screen>& screens) {
     QStringList numbers;
     for (const Screen& screen : screens)
@@ -103,6 +111,9 @@ Result<RecordArguments> parseRecordArguments(const QStringList& words) {
                                                               {"--area", OptionValue::required},
                                                               {"--seconds", OptionValue::required},
                                                               {"--quality", OptionValue::required},
+                                                              {"--clicks", OptionValue::none},
+                                                              {"--click-sound", OptionValue::required},
+                                                              {"--highlight", OptionValue::none},
                                                               {"--output-dir", OptionValue::required}}));
     if (!arguments.positional.isEmpty())
         return fail(usageError(QStringLiteral("record takes no argument \"%1\"").arg(arguments.positional.first())));
@@ -127,6 +138,11 @@ Result<RecordArguments> parseRecordArguments(const QStringList& words) {
     }
     if (const auto quality = arguments.value("--quality")) {
         TRY_LET(record.quality, parseQuality(*quality));
+    }
+    record.showsClicks = arguments.has("--clicks");
+    record.showsHighlight = arguments.has("--highlight");
+    if (const auto sound = arguments.value("--click-sound")) {
+        TRY_LET(record.clickSound, parseClickSound(*sound));
     }
     record.outputDirectory = arguments.value("--output-dir").value_or(QDir::currentPath());
     return record;

@@ -3,6 +3,7 @@
 #include "base/Result.h"
 #include "platform/CaptureSelection.h"
 #include "platform/Platform.h"
+#include "recording/ClickSoundStyle.h"
 #include "recording/RecordingQuality.h"
 
 #include <QRect>
@@ -32,6 +33,10 @@ struct RecordArguments {
     std::variant<DisplayArgument, WindowArgument, AreaArgument> source;
     std::optional<double> seconds;
     RecordingQuality quality = RecordingQuality::high;
+    /// Ripples and dots of clicks, their sound, and a light around the pointer.
+    bool showsClicks = false;
+    std::optional<ClickSoundStyle> clickSound;
+    bool showsHighlight = false;
     QString outputDirectory;
 };
 

@@ -8,6 +8,7 @@
 #include "cli/RecordArguments.h"
 #include "cli/StopSignals.h"
 #include "media/FileMovieWriter.h"
+#include "recording/CapturePath.h"
 #include "recording/ScreenRecorder.h"
 
 #include <QDateTime>
@@ -17,12 +18,40 @@ namespace {
 
 using namespace std::chrono_literals;
 
+/// Nothing when nothing is asked for: a pointer that nobody follows costs nothing.
+std::shared_ptr<PointerEffectsMonitor> makePointerEffects(const CommandContext& context, const Platform& platform,
+                                                          const RecordArguments& arguments) {
+    if (!arguments.showsClicks && !arguments.clickSound && !arguments.showsHighlight)
+        return nullptr;
+    auto monitor = std::make_shared<PointerEffectsMonitor>(platform.pointer, platform.ownWindows, platform.clock,
+                                                           *context.scheduler);
+    PointerEffectsSettings settings;
+    settings.showsClickIndicators = arguments.showsClicks;
+    settings.clickSoundEnabled = arguments.clickSound.has_value();
+    settings.showsCursorHighlight = arguments.showsHighlight;
+    monitor->updateSettings(settings);
+    return monitor;
+}
+
+/// Ripples and lights are windows of ours where the display is recorded as it is, and this command has none.
+Result<void> checkEffects(const Platform& platform, const RecordArguments& arguments) {
+    const bool isAsked = arguments.showsClicks || arguments.showsHighlight;
+    if (isAsked && capturePathOf(platform) == CapturePath::display)
+        return fail(Error{"Record",
+                          2,
+                          "--clicks and --highlight cannot be recorded on this desktop: it can only be captured as it "
+                          "is, and this command shows nothing on it",
+                          {}});
+    return {};
+}
+
 /// One recording of the command line, from start to finished file.
 class RecordRun {
 public:
     RecordRun(const CommandContext& context, Platform platform, RecordArguments arguments)
         : m_context(context)
         , m_arguments(std::move(arguments))
+        , m_pointerEffects(makePointerEffects(context, platform, m_arguments))
         , m_recorder(std::move(platform), makeFileMovieWriter, m_captureQueue, context.mainQueue) {}
 
     QCoro::Task<Result<RecordingOutput>> record(CaptureSelection selection) {
@@ -32,6 +61,10 @@ public:
         request.quality = m_arguments.quality;
         request.outputDirectory = m_arguments.outputDirectory;
         request.now = QDateTime::currentDateTime();
+        request.offersMicrophone = false;
+        request.clickSoundEnabled = m_arguments.clickSound.has_value();
+        request.clickSoundStyle = m_arguments.clickSound.value_or(ClickSoundStyle::soft);
+        request.pointerEffectsMonitor = m_pointerEffects;
         request.onFirstFrame = [this] { begin(); };
 
         CO_TRY(co_await m_recorder.startRecording(std::move(request), [this](Result<RecordingOutput> output) {
@@ -61,9 +94,11 @@ private:
 
     void showElapsed() {
         const int seconds = int((m_context.clock->now() - *m_begin).seconds());
-        m_status.show(QStringLiteral("recording %1:%2 (Ctrl-C ends it)")
+        m_status.show(QStringLiteral("recording %1:%2, %3 frames written, %4 dropped (Ctrl-C ends it)")
                           .arg(seconds / 60)
-                          .arg(seconds % 60, 2, 10, QLatin1Char('0')));
+                          .arg(seconds % 60, 2, 10, QLatin1Char('0'))
+                          .arg(m_recorder.writtenFrameCount())
+                          .arg(m_recorder.droppedFrameCount()));
     }
 
     void interrupt() {
@@ -73,6 +108,7 @@ private:
 
     const CommandContext& m_context;
     RecordArguments m_arguments;
+    std::shared_ptr<PointerEffectsMonitor> m_pointerEffects;
     SerialQueue m_captureQueue{"KELDRA.StreamRecordingSession"};
     ScreenRecorder m_recorder;
     std::optional<MediaTime> m_begin;
@@ -91,6 +127,7 @@ QCoro::Task<Result<void>> runRecord(const CommandContext& context, QStringList w
     CO_TRY_LET(Platform platform, context.makePlatform());
     CO_TRY_LET(CaptureSelection selection,
                selectionFor(arguments, platform.screens->screens(), platform.windows->windows()));
+    CO_TRY(checkEffects(platform, arguments));
 
     QString path;
     {

@@ -34,15 +34,14 @@ private:
     std::optional<Error> m_error;
 };
 
-class FileMovieWriter::VideoInput final : public MovieWriterInput {
+class FileMovieWriter::VideoInput final : public MovieWriterVideoInput {
 public:
     VideoInput(FileMovieWriter& writer, const VideoTrackSettings& settings) : m_writer(writer), m_settings(settings) {}
 
     const VideoTrackSettings& settings() const { return m_settings; }
 
     bool isReadyForMoreMediaData() const override {
-        return !m_isFinished && m_writer.isWriting() && m_writer.m_sessionStart.isNumeric() &&
-               m_writer.m_shared->picturesWaiting < picturesInFlight && !m_writer.m_shared->error();
+        return !m_isFinished && m_writer.takesSamples() && m_writer.m_shared->picturesWaiting < picturesInFlight;
     }
 
     bool append(PixelBuffer picture, MediaTime time) override {
@@ -73,11 +72,54 @@ private:
     bool m_isFinished = false;
 };
 
+class FileMovieWriter::AudioInput final : public MovieWriterAudioInput {
+public:
+    AudioInput(FileMovieWriter& writer, const AudioFormat& format, int number)
+        : m_writer(writer), m_format(format), m_number(number) {}
+
+    const AudioFormat& format() const { return m_format; }
+
+    bool isReadyForMoreMediaData() const override {
+        return !m_isFinished && m_writer.takesSamples() &&
+               *m_framesWaiting < std::int64_t(m_format.sampleRate) * secondsOfSoundInFlight;
+    }
+
+    bool append(const AudioBuffer& sound) override {
+        if (!isReadyForMoreMediaData() || !sound || sound.format() != m_format || !sound.time().isNumeric())
+            return false;
+        const MediaTime fileTime = sound.time() - m_writer.m_sessionStart;
+        const std::int64_t firstFrame = fileTime.converted(m_format.sampleRate).value();
+        const std::int64_t count = sound.frameCount();
+        *m_framesWaiting += count;
+        // Lowered however the piece ends, also when it is skipped.
+        std::shared_ptr<void> waiting(nullptr,
+                                      [framesWaiting = m_framesWaiting, count](void*) { *framesWaiting -= count; });
+        m_writer.perform([sound, firstFrame, number = m_number, waiting = std::move(waiting)](TakeWriter& writer) {
+            return writer.appendSound(number, sound, firstFrame);
+        });
+        return true;
+    }
+
+    void markAsFinished() override { m_isFinished = true; }
+
+private:
+    FileMovieWriter& m_writer;
+    const AudioFormat m_format;
+    const int m_number;
+    const std::shared_ptr<std::atomic<std::int64_t>> m_framesWaiting = std::make_shared<std::atomic<std::int64_t>>(0);
+    bool m_isFinished = false;
+};
+
 FileMovieWriter::FileMovieWriter(std::string path) : m_path(std::move(path)), m_shared(std::make_shared<Shared>()) {}
 
 FileMovieWriter::~FileMovieWriter() = default;
 
-Result<std::reference_wrapper<MovieWriterInput>> FileMovieWriter::addVideoInput(const VideoTrackSettings& settings) {
+bool FileMovieWriter::takesSamples() const {
+    return isWriting() && m_sessionStart.isNumeric() && !m_shared->error();
+}
+
+Result<std::reference_wrapper<MovieWriterVideoInput>>
+FileMovieWriter::addVideoInput(const VideoTrackSettings& settings) {
     const bool isUsable = settings.width > 0 && settings.height > 0 && settings.width % 2 == 0 &&
                           settings.height % 2 == 0 && settings.averageBitRate > 0 &&
                           settings.maximumKeyFrameInterval > 0;
@@ -85,7 +127,15 @@ Result<std::reference_wrapper<MovieWriterInput>> FileMovieWriter::addVideoInput(
         return fail(
             mediaError(MediaError::invalidSettings, "The movie's picture cannot be written with these settings."));
     m_video = std::make_unique<VideoInput>(*this, settings);
-    return std::ref<MovieWriterInput>(*m_video);
+    return std::ref<MovieWriterVideoInput>(*m_video);
+}
+
+Result<std::reference_wrapper<MovieWriterAudioInput>> FileMovieWriter::addAudioInput(const AudioFormat& format) {
+    if (format.sampleRate <= 0 || format.channelCount <= 0 || m_queue)
+        return fail(
+            mediaError(MediaError::invalidSettings, "The movie's sound cannot be written with these settings."));
+    m_sounds.push_back(std::make_unique<AudioInput>(*this, format, int(m_sounds.size())));
+    return std::ref<MovieWriterAudioInput>(*m_sounds.back());
 }
 
 Result<void> FileMovieWriter::startWriting() {
@@ -93,6 +143,8 @@ Result<void> FileMovieWriter::startWriting() {
     TRY_LET(auto writer, TakeWriter::create(m_path));
     const auto begin = [&]() -> Result<void> {
         TRY(writer->addVideo(m_video->settings()));
+        for (const auto& sound : m_sounds)
+            TRY(writer->addSound(sound->format()));
         return writer->begin();
     };
     if (Result<void> begun = begin(); !begun) {

@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace keldra {
 
@@ -19,13 +20,17 @@ class FileMovieWriter final : public MovieWriter {
 public:
     /// How many pictures may wait or be in work before an input is not ready.
     static constexpr int picturesInFlight = 5;
+    /// How many seconds of sound may.
+    static constexpr int secondsOfSoundInFlight = 2;
 
     explicit FileMovieWriter(std::string path);
     /// Neither finished nor cancelled: what was appended stays in the file. Waits for the writer's thread.
     ~FileMovieWriter() override;
 
-    [[nodiscard]] Result<std::reference_wrapper<MovieWriterInput>>
+    [[nodiscard]] Result<std::reference_wrapper<MovieWriterVideoInput>>
     addVideoInput(const VideoTrackSettings& settings) override;
+    [[nodiscard]] Result<std::reference_wrapper<MovieWriterAudioInput>>
+    addAudioInput(const AudioFormat& format) override;
     [[nodiscard]] Result<void> startWriting() override;
     void startSession(MediaTime time) override;
     void finishWriting(MediaTime end, Executor& answer, Completion<void> done) override;
@@ -34,15 +39,18 @@ public:
 
 private:
     class VideoInput;
+    class AudioInput;
     struct Shared;
 
     bool isWriting() const { return m_queue != nullptr && !m_isOver; }
+    bool takesSamples() const;
     /// Runs the work on the queue unless the writer has failed or was cancelled; an error makes it fail.
     void perform(std::function<Result<void>(TakeWriter&)> work);
 
     const std::string m_path;
     const std::shared_ptr<Shared> m_shared;
     std::unique_ptr<VideoInput> m_video;
+    std::vector<std::unique_ptr<AudioInput>> m_sounds;
     MediaTime m_sessionStart = MediaTime::invalid();
     bool m_isOver = false;
     std::unique_ptr<SerialQueue> m_queue;

@@ -4,6 +4,7 @@
 #include "base/MediaTime.h"
 #include "base/Result.h"
 #include "imaging/PixelBuffer.h"
+#include "media/AudioBuffer.h"
 
 #include <cstdint>
 #include <functional>
@@ -29,12 +30,23 @@ struct VideoTrackSettings {
 class MovieWriterInput {
 public:
     virtual ~MovieWriterInput() = default;
-    /// False while the encoder is behind; who appends all the same is refused.
+    /// False while the writer is behind; who appends all the same is refused.
     virtual bool isReadyForMoreMediaData() const = 0;
+    virtual void markAsFinished() = 0;
+};
+
+class MovieWriterVideoInput : public MovieWriterInput {
+public:
     /// Hands on a BGRA picture of the track's size; times rise strictly. False when refused or after a failure; the
     /// writer's error tells which.
     virtual bool append(PixelBuffer picture, MediaTime time) = 0;
-    virtual void markAsFinished() = 0;
+};
+
+class MovieWriterAudioInput : public MovieWriterInput {
+public:
+    /// Hands on sound of the track's format. It stands at its own time: what overlaps earlier sound or begins before
+    /// the session is trimmed, what is missing before it becomes silence. False as above.
+    virtual bool append(const AudioBuffer& sound) = 0;
 };
 
 /// A movie file that grows while it is recorded.
@@ -46,8 +58,11 @@ public:
     virtual ~MovieWriter() = default;
 
     /// Before startWriting(). The reference lives as long as the writer.
-    [[nodiscard]] virtual Result<std::reference_wrapper<MovieWriterInput>>
+    [[nodiscard]] virtual Result<std::reference_wrapper<MovieWriterVideoInput>>
     addVideoInput(const VideoTrackSettings& settings) = 0;
+    /// The same for a track of plain PCM, stored as it is.
+    [[nodiscard]] virtual Result<std::reference_wrapper<MovieWriterAudioInput>>
+    addAudioInput(const AudioFormat& format) = 0;
     /// Opens the file. Errors: the name exists, the folder is gone or full, no encoder.
     [[nodiscard]] virtual Result<void> startWriting() = 0;
     virtual void startSession(MediaTime time) = 0;

@@ -44,6 +44,12 @@ Result<void> TakeWriter::addVideo(const VideoTrackSettings& settings) {
     return {};
 }
 
+Result<void> TakeWriter::addSound(const AudioFormat& format) {
+    TRY_LET(TakeSound sound, TakeSound::addTo(*m_file, format));
+    m_sounds.push_back(sound);
+    return {};
+}
+
 Result<void> TakeWriter::begin() {
     return m_file->begin();
 }
@@ -63,6 +69,10 @@ Result<void> TakeWriter::appendPicture(const PixelBuffer& picture, std::int64_t 
     convertBgraToI420(picture, m_video.converted);
     return m_video.encoder->encode(m_video.converted, stamp, asKeyFrame,
                                    [this](AVPacket& packet) { return write(packet); });
+}
+
+Result<void> TakeWriter::appendSound(int number, const AudioBuffer& sound, std::int64_t firstFrame) {
+    return m_sounds[std::size_t(number)].append(sound, firstFrame);
 }
 
 Result<void> TakeWriter::write(AVPacket& packet) {

@@ -6,10 +6,12 @@
 #include "media/H264Encoder.h"
 #include "media/MovieWriter.h"
 #include "media/TakeFile.h"
+#include "media/TakeSound.h"
 
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <vector>
 
 namespace keldra {
 
@@ -23,9 +25,13 @@ public:
     [[nodiscard]] static Result<std::unique_ptr<TakeWriter>> create(const std::string& path);
 
     [[nodiscard]] Result<void> addVideo(const VideoTrackSettings& settings);
+    /// The tracks are numbered from 0 in the order of these calls.
+    [[nodiscard]] Result<void> addSound(const AudioFormat& format);
     [[nodiscard]] Result<void> begin();
     /// A BGRA picture; a stamp that does not rise is moved one tick behind the last.
     [[nodiscard]] Result<void> appendPicture(const PixelBuffer& picture, std::int64_t stamp);
+    /// `firstFrame` is where it begins, in frames from the file's zero.
+    [[nodiscard]] Result<void> appendSound(int number, const AudioBuffer& sound, std::int64_t firstFrame);
     [[nodiscard]] Result<void> closeFragment() { return m_file->closeFragment(); }
     /// `end` is on the file's line. Errors: not one picture was written.
     [[nodiscard]] Result<void> finish(MediaTime end);
@@ -46,6 +52,7 @@ private:
 
     std::unique_ptr<TakeFile> m_file;
     VideoTrack m_video;
+    std::vector<TakeSound> m_sounds;
     std::int64_t m_fragmentStart = 0;
 };
 

@@ -5,9 +5,12 @@
 #include "base/Result.h"
 #include "media/MovieWriter.h"
 #include "platform/Platform.h"
+#include "recording/CameraOverlayState.h"
+#include "recording/CameraService.h"
+#include "recording/ClickSoundStyle.h"
+#include "recording/PointerEffectsMonitor.h"
 #include "recording/RecordingOutput.h"
 #include "recording/RecordingQuality.h"
-#include "recording/StreamPlan.h"
 #include "recording/StreamRecordingSession.h"
 
 #include <QCoroTask>
@@ -16,6 +19,8 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace keldra {
 
@@ -23,9 +28,21 @@ namespace keldra {
 struct RecordingRequest {
     CaptureSelection selection;
     RecordingQuality quality = RecordingQuality::high;
+    /// Whether the microphone is heard from the start.
+    bool microphoneEnabled = false;
+    /// Empty or unknown: the desktop's choice.
+    QString microphoneDeviceID;
+    /// Whether a microphone that is off gets a track too, so that it can be switched on in mid-recording.
+    bool offersMicrophone = true;
+    bool clickSoundEnabled = false;
+    ClickSoundStyle clickSoundStyle = ClickSoundStyle::soft;
     QString outputDirectory;
     /// The moment that names the file.
     QDateTime now;
+    /// What lies over the frames; each may be missing.
+    std::shared_ptr<CameraService> cameraService;
+    std::shared_ptr<CameraOverlayState> cameraOverlayState;
+    std::shared_ptr<PointerEffectsMonitor> pointerEffectsMonitor;
     /// Runs on main when the first frame is in the file.
     std::function<void()> onFirstFrame;
 };
@@ -45,15 +62,24 @@ public:
     QCoro::Task<Result<void>> startRecording(RecordingRequest request, OnFinish onFinish);
     /// Ends the recording; the end is told through `onFinish`.
     void stopRecording();
+    /// False when there is no microphone to switch.
+    bool setMicrophoneEnabled(bool isEnabled);
 
     std::int64_t writtenFrameCount() const;
     std::int64_t droppedFrameCount() const;
 
 private:
     QCoro::Task<Result<void>> startStream(RecordingRequest request, QString path);
-    Result<std::shared_ptr<StreamRecordingSession>> makeSession(const StreamPlan& plan, RecordingRequest request,
-                                                                const QString& path);
+    QCoro::Task<Result<void>> startDisplayCapture(RecordingRequest request, QString path);
+    Result<std::shared_ptr<StreamRecordingSession>> makeSession(FrameSource source, PixelRect outputSize,
+                                                                const RecordingRequest& request, const QString& path);
+    /// The microphone that a request means; nothing when there is none, or none is allowed.
+    std::optional<CaptureDeviceOption> microphoneFor(const RecordingRequest& request) const;
+    QCoro::Task<Result<void>> addMicrophone(std::shared_ptr<StreamRecordingSession> session, QString deviceID,
+                                            bool isEnabled);
+    void takeClickTimes();
     void deliver(Result<RecordingOutput> result);
+    void mixClicks(RecordingOutput output, std::vector<double> times, OnFinish completion);
     QCoro::Task<> abortRecording();
 
     Platform m_platform;
@@ -61,7 +87,12 @@ private:
     Executor& m_captureQueue;
     Executor& m_mainQueue;
     OnFinish m_completion;
-    std::shared_ptr<StreamRecordingSession> m_streamSession;
+    std::shared_ptr<StreamRecordingSession> m_session;
+    std::shared_ptr<PointerEffectsMonitor> m_pointerEffects;
+    /// Nothing until they are taken from the monitor.
+    std::optional<std::vector<double>> m_clickTimes;
+    ClickSoundStyle m_clickSoundStyle = ClickSoundStyle::soft;
+    bool m_wroteClicksLive = false;
     /// Watched by what returns after a wait.
     std::shared_ptr<bool> m_isAlive = std::make_shared<bool>(true);
 };

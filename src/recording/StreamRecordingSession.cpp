@@ -1,6 +1,8 @@
 #include "recording/StreamRecordingSession.h"
 
+#include "base/Log.h"
 #include "recording/CaptureGeometry.h"
+#include "recording/OverlayMapping.h"
 #include "recording/ScreenRecorderError.h"
 
 #include <cassert>
@@ -12,15 +14,80 @@ namespace {
 /// What two frames of one moment are set apart by.
 constexpr MediaTime minimumFrameStep(1, 600);
 
+/// How old the last frame is, at least, when a bubble over a still screen is drawn again: with every second tick.
+constexpr MediaTime bubbleInterval(25, 1000);
+
 /// Pictures that a cropped frame reaching beyond its display may hold on to: the writer's and the one being made.
 constexpr int poolLimit = 12;
 
 } // namespace
 
 StreamRecordingSession::StreamRecordingSession(Parts parts)
-    : m_parts(std::move(parts)), m_pool(PixelFormat::bgra, m_parts.outputWidth, m_parts.outputHeight, poolLimit) {}
+    : m_parts(std::move(parts))
+    , m_pool(PixelFormat::bgra, m_parts.outputWidth, m_parts.outputHeight, poolLimit)
+    , m_decorator(m_parts.outputWidth, m_parts.outputHeight) {}
+
+void StreamRecordingSession::addMicrophone(std::unique_ptr<MicrophoneStream> microphone, const QString& deviceID,
+                                           Completion<void> done) {
+    m_microphone = std::move(microphone);
+    const std::weak_ptr<StreamRecordingSession> weak = weak_from_this();
+    const auto hear = [weak](const AudioBuffer& sound) {
+        if (const auto self = weak.lock())
+            self->handleSound(sound);
+    };
+    m_microphone->start(deviceID, *m_parts.queue, hear,
+                        [weak, done = std::move(done)](const Result<AudioFormat>& format) {
+                            const auto self = weak.lock();
+                            if (self && format) {
+                                if (const auto input = self->m_parts.writer->addAudioInput(*format))
+                                    self->m_microphoneTrack.emplace(input->get());
+                                else
+                                    self->m_microphone.reset();
+                            }
+                            done(format ? Result<void>() : Result<void>(fail(format.error())));
+                        });
+}
+
+void StreamRecordingSession::addClicks(ClickSoundStyle style) {
+    m_clickSoundStyle = style;
+    if (const auto input = m_parts.writer->addAudioInput(ClickTrack::format()))
+        m_clickTrack.emplace(input->get());
+}
 
 void StreamRecordingSession::start(Completion<void> done) {
+    const std::weak_ptr<StreamRecordingSession> weak = weak_from_this();
+    if (m_parts.overlays.pointerEffects)
+        m_parts.overlays.pointerEffects->setOnClickDetected([weak](double hostSeconds) {
+            if (const auto self = weak.lock())
+                self->m_parts.queue->post([weak, hostSeconds] {
+                    const auto session = weak.lock();
+                    if (session && session->m_clickTrack && !session->m_hasFinished)
+                        session->m_clickTrack->enqueue(hostSeconds);
+                });
+        });
+    m_parts.queue->post([weak, &mainQueue = *m_parts.mainQueue, done = std::move(done)]() mutable {
+        if (const auto self = weak.lock())
+            self->prepare();
+        mainQueue.post([weak, done = std::move(done)]() mutable {
+            if (const auto self = weak.lock())
+                self->startSource(std::move(done));
+            else
+                done(fail(makeError(ScreenRecorderError::couldNotPrepareStream)));
+        });
+    });
+}
+
+/// What takes its time, before the first frame can come.
+void StreamRecordingSession::prepare() {
+    if (!m_clickTrack)
+        return;
+    std::vector<float> waveform = ClickAudioChunkMixer::loadClickWaveform(m_clickSoundStyle);
+    for (float& sample : waveform)
+        sample *= ClickAudioChunkMixer::volume;
+    m_clickTrack->setWaveform(std::move(waveform));
+}
+
+void StreamRecordingSession::startSource(Completion<void> done) {
     const std::weak_ptr<StreamRecordingSession> weak = weak_from_this();
     FrameSink sink;
     sink.frame = [weak](ScreenFrame frame) {
@@ -31,12 +98,16 @@ void StreamRecordingSession::start(Completion<void> done) {
         if (const auto self = weak.lock())
             self->requestFinish(error, self->m_parts.clock->now());
     };
-    m_parts.stream->start(m_parts.configuration, *m_parts.queue, std::move(sink), std::move(done));
+    m_parts.source.start(*m_parts.queue, std::move(sink), [weak, done = std::move(done)](const Result<void>& started) {
+        if (const auto self = weak.lock(); self && started)
+            self->startTicks();
+        done(started);
+    });
 }
 
 void StreamRecordingSession::stop(Completion<void> done) {
     const MediaTime end = m_parts.clock->now();
-    m_parts.stream->stop([self = shared_from_this(), end, done = std::move(done)](const Result<void>& stopped) {
+    m_parts.source.stop([self = shared_from_this(), end, done = std::move(done)](const Result<void>& stopped) {
         self->requestFinish(std::nullopt, end);
         done(stopped);
     });
@@ -57,14 +128,24 @@ void StreamRecordingSession::handleFrame(ScreenFrame frame) {
         return;
 
     const MediaTime time = stamp(frame.time);
-    if (!m_parts.videoInput->append(croppedFrame(frame.pixels), time)) {
+    m_latestSourceFrame = croppedFrame(frame.pixels);
+    const FrameOverlays overlays = readOverlays();
+    const PixelBuffer decorated = m_decorator.decorated(m_latestSourceFrame, overlays);
+    if (!append(decorated ? decorated : m_latestSourceFrame, time, decorated && showsBubble(overlays)))
         ++m_droppedFrameCount;
+}
+
+bool StreamRecordingSession::append(const PixelBuffer& frame, MediaTime time, bool hasBubble) {
+    if (!m_parts.videoInput->append(frame, time)) {
         finishIfWriterFailed();
-        return;
+        return false;
     }
     m_lastOutputVideoPTS = time;
+    m_lastAppendedAt = m_parts.clock->now();
+    m_lastHadBubble = hasBubble;
     if (++m_writtenFrameCount == 1 && m_parts.onFirstFrame)
         m_parts.mainQueue->post(m_parts.onFirstFrame);
+    return true;
 }
 
 bool StreamRecordingSession::startWriting(MediaTime time) {
@@ -74,6 +155,8 @@ bool StreamRecordingSession::startWriting(MediaTime time) {
     }
     m_parts.writer->startSession(time);
     m_hasStartedWriting = true;
+    if (m_clickTrack)
+        m_clickTrack->begin(time);
     return true;
 }
 
@@ -114,6 +197,77 @@ PixelBuffer StreamRecordingSession::fittedToOutput(const PixelBuffer& picture, P
     return frame;
 }
 
+void StreamRecordingSession::handleSound(const AudioBuffer& sound) {
+    assert(m_parts.queue->isCurrent());
+    if (!m_hasStartedWriting || m_hasFinished || !m_microphoneTrack)
+        return;
+    if (!m_microphoneTrack->handle(sound, m_isMicrophoneEnabled))
+        finishIfWriterFailed();
+}
+
+FrameOverlays StreamRecordingSession::readOverlays() const {
+    const OverlaySources& sources = m_parts.overlays;
+    FrameOverlays overlays;
+    if (sources.pointerEffects)
+        overlays.effects = sources.pointerEffects->snapshot();
+    if (sources.cameraOverlay && sources.latestCameraFrame)
+        overlays.camera = sources.cameraOverlay->snapshot();
+    if (overlays.camera.isVisible)
+        overlays.cameraPicture = sources.latestCameraFrame();
+    const PointerEffectsSnapshot& effects = overlays.effects;
+    // Only when it is needed: the desktop has to be asked.
+    if (overlays.cameraPicture || effects.showsCursorHighlight || effects.isClickPressActive ||
+        !effects.clickRipples.empty())
+        overlays.space = overlaySpaceOf(m_parts.selection, *m_parts.screens, *m_parts.windows, m_parts.outputWidth,
+                                        m_parts.outputHeight);
+    return overlays;
+}
+
+void StreamRecordingSession::startTicks() {
+    const OverlaySources& sources = m_parts.overlays;
+    if (!m_clickTrack && !sources.pointerEffects && !sources.cameraOverlay)
+        return;
+    m_parts.queue->post([weak = weak_from_this()] {
+        const auto self = weak.lock();
+        if (!self || self->m_hasFinished || self->m_ticks)
+            return;
+        self->m_ticks = self->m_parts.queue->every(tickInterval, [weak] {
+            if (const auto session = weak.lock())
+                session->tick();
+        });
+    });
+}
+
+void StreamRecordingSession::tick() {
+    if (!m_hasStartedWriting || m_hasFinished)
+        return;
+    const MediaTime now = m_parts.clock->now();
+    redraw(now);
+    if (m_clickTrack && !m_clickTrack->writeUpTo(now))
+        finishIfWriterFailed();
+}
+
+void StreamRecordingSession::redraw(MediaTime now) {
+    if (!m_latestSourceFrame || !m_parts.videoInput->isReadyForMoreMediaData())
+        return;
+    const FrameOverlays overlays = readOverlays();
+    const bool hasBubble = showsBubble(overlays);
+    const bool isLastOld = !m_lastAppendedAt.isValid() || now - m_lastAppendedAt >= bubbleInterval;
+    const bool isBubbleDue = (hasBubble || m_lastHadBubble) && isLastOld;
+    const bool isClickDrawn = overlays.effects.isClickPressActive || !overlays.effects.clickRipples.empty();
+    if (!isBubbleDue && !isClickDrawn)
+        return;
+    PixelBuffer frame = m_decorator.decorated(m_latestSourceFrame, overlays);
+    // A bubble that has gone leaves the frame as the screen is.
+    if (!frame && isBubbleDue)
+        frame = m_latestSourceFrame;
+    if (!frame)
+        return;
+    // Frames of a click over a still screen gather behind the last real one, which the next overtakes.
+    const MediaTime next = m_lastOutputVideoPTS.isValid() ? m_lastOutputVideoPTS + minimumFrameStep : MediaTime::zero();
+    append(frame, isBubbleDue ? stamp(now) : next, hasBubble);
+}
+
 void StreamRecordingSession::finishIfWriterFailed() {
     // Without an error the encoder was only behind, and the frame is lost.
     if (const auto error = m_parts.writer->error())
@@ -131,7 +285,15 @@ void StreamRecordingSession::finish(const std::optional<Error>& error, MediaTime
     if (m_hasFinished)
         return;
     m_hasFinished = true;
+    m_ticks.cancel();
+    m_latestSourceFrame = {};
+    if (!error)
+        padSound();
     m_parts.videoInput->markAsFinished();
+    if (m_microphoneTrack)
+        m_microphoneTrack->markAsFinished();
+    if (m_clickTrack)
+        m_clickTrack->markAsFinished();
     if (error || !m_hasStartedWriting) {
         m_parts.writer->cancelWriting();
         complete(fail(error.value_or(makeError(ScreenRecorderError::couldNotPrepareStream))));
@@ -144,9 +306,27 @@ void StreamRecordingSession::finish(const std::optional<Error>& error, MediaTime
     });
 }
 
+/// Up to the last picture, where sound ends before. What the writer refuses now is its error at the finish.
+void StreamRecordingSession::padSound() {
+    if (m_clickTrack)
+        (void)m_clickTrack->writeUpTo(m_lastOutputVideoPTS);
+    if (m_microphoneTrack)
+        (void)m_microphoneTrack->finish(m_lastOutputVideoPTS);
+}
+
 void StreamRecordingSession::complete(Result<void> result) {
-    m_parts.mainQueue->post(
-        [self = shared_from_this(), result = std::move(result)] { self->m_parts.onFinish(result); });
+    logLine("[KELDRA]", "recording ended: " + std::to_string(m_writtenFrameCount) + " frames written, " +
+                            std::to_string(m_droppedFrameCount) + " dropped");
+    // After a failure the source still runs. Whoever hears of the end may take the queue away, so nothing may come
+    // later.
+    m_parts.mainQueue->post([self = shared_from_this(), result = std::move(result)] {
+        self->m_parts.source.stop([self, result](const Result<void>&) {
+            if (!self->m_microphone)
+                self->m_parts.onFinish(result);
+            else
+                self->m_microphone->stop([self, result](const Result<void>&) { self->m_parts.onFinish(result); });
+        });
+    });
 }
 
 } // namespace keldra

@@ -57,6 +57,7 @@ TEST(RecordArguments, RefusesWhatCannotBeMeant) {
         {{"--area", "1,2,0,4"}, "--area 1,2,0,4 is empty: width and height must be at least 1"},
         {{"--display", "1", "--seconds", "0"}, "--seconds must be more than 0"},
         {{"--display", "1", "--quality", "best"}, R"(--quality is high, medium or low, not "best")"},
+        {{"--display", "1", "--click-sound", "loud"}, R"(--click-sound is soft or classic, not "loud")"},
         {{"--display", "1", "extra"}, R"(record takes no argument "extra")"},
     };
     for (const auto& [words, message] : rows) {

@@ -2,6 +2,7 @@
 
 #include "media/MovieWriter.h"
 
+#include <deque>
 #include <memory>
 #include <optional>
 #include <string>
@@ -15,27 +16,46 @@ struct MovieWriterScript {
         PixelBuffer picture;
         MediaTime time;
     };
+    /// A sound track, and whether it takes sound.
+    struct SoundTrack {
+        AudioFormat format;
+        bool isReady = true;
+        /// Ready for so many appends more, when set.
+        std::optional<int> appendsLeft;
+        std::vector<AudioBuffer> buffers;
+        bool isMarkedFinished = false;
+    };
     std::optional<Error> startError;
     std::optional<Error> error;
     bool isReady = true;
+    bool refusesSound = false;
 
     std::string path;
     VideoTrackSettings video;
     std::optional<MediaTime> sessionStart;
     std::vector<Sample> samples;
+    /// In the order of their adding.
+    std::deque<SoundTrack> sounds;
     std::optional<MediaTime> end;
     bool isMarkedFinished = false;
     bool isCancelled = false;
 };
 
 /// A movie writer that keeps what it is given.
-class ScriptedMovieWriter final : public MovieWriter, private MovieWriterInput {
+class ScriptedMovieWriter final : public MovieWriter, private MovieWriterVideoInput {
 public:
     explicit ScriptedMovieWriter(std::shared_ptr<MovieWriterScript> script) : m_script(std::move(script)) {}
 
-    Result<std::reference_wrapper<MovieWriterInput>> addVideoInput(const VideoTrackSettings& settings) override {
+    Result<std::reference_wrapper<MovieWriterVideoInput>> addVideoInput(const VideoTrackSettings& settings) override {
         m_script->video = settings;
-        return std::ref<MovieWriterInput>(*this);
+        return std::ref<MovieWriterVideoInput>(*this);
+    }
+    Result<std::reference_wrapper<MovieWriterAudioInput>> addAudioInput(const AudioFormat& format) override {
+        if (m_script->refusesSound)
+            return fail(Error{"test", 1, "no sound", {}});
+        m_script->sounds.push_back({format, true, {}, {}, false});
+        m_sounds.emplace_back(*m_script, m_script->sounds.back());
+        return std::ref<MovieWriterAudioInput>(m_sounds.back());
     }
     Result<void> startWriting() override {
         return m_script->startError ? Result<void>(fail(*m_script->startError)) : Result<void>();
@@ -51,6 +71,25 @@ public:
     std::optional<Error> error() const override { return m_script->error; }
 
 private:
+    class Sound final : public MovieWriterAudioInput {
+    public:
+        Sound(MovieWriterScript& script, MovieWriterScript::SoundTrack& track) : m_script(script), m_track(track) {}
+        bool isReadyForMoreMediaData() const override { return m_track.isReady && m_track.appendsLeft != 0; }
+        bool append(const AudioBuffer& sound) override {
+            if (m_script.error || !isReadyForMoreMediaData())
+                return false;
+            if (m_track.appendsLeft)
+                *m_track.appendsLeft -= 1;
+            m_track.buffers.push_back(sound);
+            return true;
+        }
+        void markAsFinished() override { m_track.isMarkedFinished = true; }
+
+    private:
+        MovieWriterScript& m_script;
+        MovieWriterScript::SoundTrack& m_track;
+    };
+
     bool isReadyForMoreMediaData() const override { return m_script->isReady; }
     bool append(PixelBuffer picture, MediaTime time) override {
         if (m_script->error)
@@ -61,6 +100,7 @@ private:
     void markAsFinished() override { m_script->isMarkedFinished = true; }
 
     std::shared_ptr<MovieWriterScript> m_script;
+    std::deque<Sound> m_sounds;
 };
 
 } // namespace keldra

@@ -62,7 +62,7 @@ private:
         auto added = writer.addVideoInput(smallTrack());
         if (!added || !writer.startWriting())
             ::_exit(1);
-        MovieWriterInput& input = *added;
+        MovieWriterVideoInput& input = *added;
         const SystemHostClock clock;
         const MediaTime start = clock.now();
         writer.startSession(start);

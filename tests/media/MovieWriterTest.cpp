@@ -185,7 +185,7 @@ struct Recording {
 
     SerialQueue answer{"test.answer"};
     FileMovieWriter writer;
-    MovieWriterInput* input = nullptr;
+    MovieWriterVideoInput* input = nullptr;
 };
 
 TEST(MovieWriter, OpensOnlyANameThatIsFree) {
@@ -238,7 +238,7 @@ TEST(MovieWriter, TakesOnlyPicturesThatFitInRisingOrderWithinTheSession) {
     FileMovieWriter writer(folder / "take.mov");
     auto added = writer.addVideoInput(smallTrack());
     ASSERT_TRUE(added);
-    MovieWriterInput& input = *added;
+    MovieWriterVideoInput& input = *added;
     EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(5, 1))) << "before writing";
     ASSERT_TRUE(writer.startWriting());
     EXPECT_FALSE(input.append(paintedPicture(9), MediaTime(5, 1))) << "before the session";

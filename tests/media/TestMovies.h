@@ -133,7 +133,7 @@ inline VideoTrackSettings smallTrack() {
 
 /// Gives the picture to the input as soon as it is ready; false when the writer failed, or in ten seconds was not
 /// ready.
-inline bool appendWhenReady(const MovieWriter& writer, MovieWriterInput& input, const PixelBuffer& picture,
+inline bool appendWhenReady(const MovieWriter& writer, MovieWriterVideoInput& input, const PixelBuffer& picture,
                             MediaTime time) {
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
     while (!input.isReadyForMoreMediaData()) {
@@ -159,7 +159,7 @@ inline Result<void> recordTake(const std::string& path, MediaTime start, const s
                                MediaTime end) {
     SerialQueue answer("test.answer");
     FileMovieWriter writer(path);
-    TRY_LET(MovieWriterInput & input, writer.addVideoInput(smallTrack()));
+    TRY_LET(MovieWriterVideoInput & input, writer.addVideoInput(smallTrack()));
     TRY(writer.startWriting());
     writer.startSession(start);
     for (std::size_t i = 0; i < times.size(); ++i)

@@ -1,9 +1,9 @@
 // The parts of the X11 adapters that need no display.
 
+#include "imaging/FrameFit.h"
 #include "platform/x11/CapturePacer.h"
 #include "platform/x11/CursorImage.h"
 #include "platform/x11/DesktopSpace.h"
-#include "platform/x11/FrameFit.h"
 #include "platform/x11/PaintPlan.h"
 #include "scene/SceneReader.h"
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "platform/x11/FrameFit.h"
+#include "imaging/FrameFit.h"
 #include "platform/x11/X11Connection.h"
 
 #include <xcb/render.h>

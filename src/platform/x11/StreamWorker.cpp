@@ -105,7 +105,7 @@ Result<void> StreamWorker::open() {
     const X11Connection& x = *m_connection;
     TRY(x.requireStreaming());
     m_formats = std::make_unique<RenderFormats>(x);
-    m_pointer = std::make_unique<X11Pointer>(x);
+    m_pointer = std::make_unique<CursorWatch>(x);
     m_picture =
         std::visit(Overloaded{[&](const DisplaySource& display) -> std::unique_ptr<SourcePicture> {
                                   return std::make_unique<DisplayPicture>(x, *m_formats, *m_numbers, display.displayID);

@@ -3,13 +3,13 @@
 #include "base/HostClock.h"
 #include "platform/ScreenStream.h"
 #include "platform/x11/CapturePacer.h"
+#include "platform/x11/CursorWatch.h"
 #include "platform/x11/FramePool.h"
 #include "platform/x11/RenderFormats.h"
 #include "platform/x11/ScaledPaint.h"
 #include "platform/x11/SourcePicture.h"
 #include "platform/x11/WakeUp.h"
 #include "platform/x11/X11Monitors.h"
-#include "platform/x11/X11Pointer.h"
 
 #include <atomic>
 #include <memory>
@@ -75,7 +75,7 @@ private:
     std::shared_ptr<X11Connection> m_connection;
     std::unique_ptr<RenderFormats> m_formats;
     std::unique_ptr<FramePool> m_pool;
-    std::unique_ptr<X11Pointer> m_pointer;
+    std::unique_ptr<CursorWatch> m_pointer;
     std::unique_ptr<SourcePicture> m_picture;
     std::unique_ptr<ScaledPaint> m_scaled;
     CapturePacer m_pacer;

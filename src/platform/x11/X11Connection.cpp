@@ -12,6 +12,7 @@
 #include <xcb/shape.h>
 #include <xcb/shm.h>
 #include <xcb/xfixes.h>
+#include <xcb/xinput.h>
 
 namespace keldra {
 namespace {
@@ -105,12 +106,13 @@ void X11Connection::readExtensions() {
         {&m_extensions.randr, &xcb_randr_id},         {&m_extensions.render, &xcb_render_id},
         {&m_extensions.resource, &xcb_res_id},        {&m_extensions.shape, &xcb_shape_id},
         {&m_extensions.sharedMemory, &xcb_shm_id},    {&m_extensions.xfixes, &xcb_xfixes_id},
+        {&m_extensions.input, &xcb_input_id},
     };
     for (const auto& [extension, id] : wanted)
         xcb_prefetch_extension_data(m_connection, id);
     for (const auto& [extension, id] : wanted)
         if (const auto* data = xcb_get_extension_data(m_connection, id); data != nullptr && data->present)
-            *extension = {true, data->first_event};
+            *extension = {true, data->first_event, data->major_opcode};
 
     // A client must ask for the version before it uses these; what is too old for us counts as missing.
     const auto negotiate = [this](X11Extensions::Extension& extension, auto wait, auto ask, unsigned major,
@@ -128,6 +130,7 @@ void X11Connection::readExtensions() {
     negotiate(m_extensions.randr, xcb_randr_query_version_reply, xcb_randr_query_version, 1, 5);
     negotiate(m_extensions.render, xcb_render_query_version_reply, xcb_render_query_version, 0, 10);
     negotiate(m_extensions.xfixes, xcb_xfixes_query_version_reply, xcb_xfixes_query_version, 3, 0);
+    negotiate(m_extensions.input, xcb_input_xi_query_version_reply, xcb_input_xi_query_version, 2, 1);
     if (m_extensions.resource.isPresent) {
         const auto version = reply(xcb_res_query_version_reply, xcb_res_query_version(m_connection, 1, 2));
         m_extensions.resource.isPresent =

@@ -49,6 +49,7 @@ struct X11Extensions {
     struct Extension {
         bool isPresent = false;
         std::uint8_t firstEvent = 0;
+        std::uint8_t majorOpcode = 0;
         /// Whether that event is the extension's own number `offset`.
         bool isEvent(const xcb_generic_event_t& event, int offset) const {
             return isPresent && (event.response_type & 0x7f) == firstEvent + offset;
@@ -56,6 +57,7 @@ struct X11Extensions {
     };
     Extension composite;
     Extension damage;
+    Extension input;
     Extension randr;
     Extension render;
     Extension resource;

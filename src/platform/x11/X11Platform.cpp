@@ -2,6 +2,7 @@
 
 #include "platform/x11/X11Connection.h"
 #include "platform/x11/X11Monitors.h"
+#include "platform/x11/X11Pointer.h"
 #include "platform/x11/X11ScreenStream.h"
 #include "platform/x11/X11Screens.h"
 #include "platform/x11/X11ShareableContent.h"
@@ -17,6 +18,8 @@ Result<Platform> makeX11Platform(std::shared_ptr<HostClock> clock, Executor& mai
     platform.screens = std::make_shared<X11Screens>(connection, numbers, scaleFactor);
     platform.windows = std::make_shared<X11WindowList>(connection, scaleFactor);
     platform.shareableContent = std::make_shared<X11ShareableContent>(platform.screens, platform.windows, mainQueue);
+    TRY_LET(std::shared_ptr<X11Connection> pointerConnection, X11Connection::open());
+    platform.pointer = std::make_shared<X11Pointer>(std::move(pointerConnection), scaleFactor);
     platform.makeScreenStream = [clock, numbers, &mainQueue]() -> std::unique_ptr<ScreenStream> {
         return std::make_unique<X11ScreenStream>(clock, numbers, mainQueue);
     };

@@ -1,45 +1,91 @@
 #include "platform/x11/X11Pointer.h"
 
-#include <xcb/xfixes.h>
+#include "platform/x11/DesktopSpace.h"
+#include "platform/x11/X11Monitors.h"
+
+#include <xcb/xinput.h>
 
 namespace keldra {
+namespace {
 
-X11Pointer::X11Pointer(const X11Connection& connection) : m_connection(connection) {
-    xcb_xfixes_select_cursor_input(connection.raw(), connection.root(), XCB_XFIXES_CURSOR_NOTIFY_MASK_DISPLAY_CURSOR);
+/// The bit of a button that is pressed by a finger; none for 4 to 7, which are the directions of a wheel.
+unsigned bitOf(std::uint32_t button) {
+    const bool isWheel = button >= 4 && button <= 7;
+    return button >= 1 && button <= 32 && !isWheel ? 1U << (button - 1) : 0;
 }
 
-bool X11Pointer::handle(const xcb_generic_event_t& event) {
-    if (!m_connection.extensions().xfixes.isEvent(event, XCB_XFIXES_CURSOR_NOTIFY))
-        return false;
-    m_isImageStale = true;
-    return true;
+void selectRawButtons(const X11Connection& x) {
+    struct {
+        xcb_input_event_mask_t head;
+        std::uint32_t bits;
+    } mask{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
+           XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE};
+    xcb_input_xi_select_events(x.raw(), x.root(), 1, &mask.head);
+    xcb_flush(x.raw());
 }
 
-std::optional<QPoint> X11Pointer::position() const {
-    const X11Connection& x = m_connection;
+} // namespace
+
+X11Pointer::X11Pointer(std::shared_ptr<X11Connection> connection, double scaleFactor)
+    : m_connection(std::move(connection)), m_scaleFactor(scaleFactor) {
+    if (m_connection->extensions().input.isPresent)
+        selectRawButtons(*m_connection);
+}
+
+QPointF X11Pointer::location() {
+    const X11Connection& x = *m_connection;
     const auto pointer = x.reply(xcb_query_pointer_reply, xcb_query_pointer(x.raw(), x.root()));
-    if (!pointer || !pointer->same_screen)
-        return std::nullopt;
-    return QPoint(pointer->root_x, pointer->root_y);
+    findPrimary();
+    if (pointer && pointer->same_screen)
+        // The upper left corner of the pixel that it points at.
+        m_location =
+            DesktopSpace{m_scaleFactor, m_primary}.toPoints({pointer->root_x, pointer->root_y, 0, 0}).topLeft();
+    return m_location;
 }
 
-const CursorImage& X11Pointer::image() {
-    if (!m_isImageStale)
-        return m_image;
-    m_isImageStale = false;
-    const X11Connection& x = m_connection;
-    const auto cursor = x.reply(xcb_xfixes_get_cursor_image_reply, xcb_xfixes_get_cursor_image(x.raw()));
-    if (!cursor) {
-        m_image = {};
-        return m_image;
+void X11Pointer::findPrimary() {
+    const auto now = std::chrono::steady_clock::now();
+    if (now < m_primaryAskedAgainAt)
+        return;
+    m_primaryAskedAgainAt = now + std::chrono::seconds(1);
+    if (const std::vector<X11Monitor> monitors = readMonitors(*m_connection); !monitors.empty())
+        m_primary = monitors.front().rect;
+}
+
+unsigned X11Pointer::takePressedButtons() {
+    const X11Connection& x = *m_connection;
+    const auto pointer = x.reply(xcb_query_pointer_reply, xcb_query_pointer(x.raw(), x.root()));
+    // The answer comes after all events up to it.
+    readEvents();
+    unsigned down = m_down;
+    if (pointer) {
+        // The server's word on the first three: a release may have been for somebody else's eyes only.
+        constexpr unsigned firstThree = 7;
+        const unsigned mask = pointer->mask >> 8;
+        down = (down & ~firstThree) | (mask & firstThree);
     }
-    const std::uint32_t* first = xcb_xfixes_get_cursor_image_cursor_image(cursor.get());
-    m_image = {cursor->width,
-               cursor->height,
-               cursor->xhot,
-               cursor->yhot,
-               {first, first + xcb_xfixes_get_cursor_image_cursor_image_length(cursor.get())}};
-    return m_image;
+    const unsigned pressed = down | m_latched;
+    m_latched = 0;
+    return pressed;
+}
+
+void X11Pointer::readEvents() {
+    while (const XcbPtr<xcb_generic_event_t> event{xcb_poll_for_queued_event(m_connection->raw())})
+        note(*event);
+}
+
+void X11Pointer::note(const xcb_generic_event_t& event) {
+    if ((event.response_type & 0x7f) != XCB_GE_GENERIC)
+        return;
+    const auto& raw = reinterpret_cast<const xcb_input_raw_button_press_event_t&>(event);
+    if (raw.extension != m_connection->extensions().input.majorOpcode)
+        return;
+    if (raw.event_type == XCB_INPUT_RAW_BUTTON_PRESS) {
+        m_down |= bitOf(raw.detail);
+        m_latched |= bitOf(raw.detail);
+    } else if (raw.event_type == XCB_INPUT_RAW_BUTTON_RELEASE) {
+        m_down &= ~bitOf(raw.detail);
+    }
 }
 
 } // namespace keldra

@@ -1,29 +1,36 @@
 #pragma once
 
-#include "platform/x11/CursorImage.h"
+#include "imaging/Geometry.h"
+#include "platform/Pointer.h"
 #include "platform/x11/X11Connection.h"
 
-#include <QPoint>
-
-#include <optional>
+#include <chrono>
+#include <memory>
 
 namespace keldra {
 
-/// Where the pointer is and what it looks like. One thread, that of its connection's events.
-class X11Pointer {
+/// The pointer on a connection of its own, whose events are the presses that a poll would miss.
+class X11Pointer final : public Pointer {
 public:
-    explicit X11Pointer(const X11Connection& connection);
-
-    /// Whether the event tells of another shape.
-    bool handle(const xcb_generic_event_t& event);
-    /// Root pixels; nothing while the pointer is on another screen.
-    std::optional<QPoint> position() const;
-    const CursorImage& image();
+    /// `scaleFactor`: pixels per point. The connection must have no other reader of its events.
+    X11Pointer(std::shared_ptr<X11Connection> connection, double scaleFactor);
+    QPointF location() override;
+    unsigned takePressedButtons() override;
 
 private:
-    const X11Connection& m_connection;
-    CursorImage m_image;
-    bool m_isImageStale = true;
+    void readEvents();
+    void findPrimary();
+    void note(const xcb_generic_event_t& event);
+
+    std::shared_ptr<X11Connection> m_connection;
+    double m_scaleFactor;
+    QPointF m_location;
+    /// Of the primary monitor, root pixels, and when it is asked for again: servers do not announce every change.
+    PixelRect m_primary;
+    std::chrono::steady_clock::time_point m_primaryAskedAgainAt;
+    /// Buttons that the events say are down, and all that were pressed since the last call.
+    unsigned m_down = 0;
+    unsigned m_latched = 0;
 };
 
 } // namespace keldra

@@ -1,4 +1,4 @@
-#include "platform/x11/FrameFit.h"
+#include "imaging/FrameFit.h"
 
 #include <algorithm>
 #include <cmath>
