@@ -69,7 +69,7 @@ bool AppModel::canChangeSettings() const {
 }
 
 int AppModel::cameraPreviewHeight() const {
-    if (!m_parts.camera.isRunning())
+    if (!m_parts.camera->isRunning())
         return 50;
     return cameraOverlaySize() == CameraOverlaySize::small ? 228 : 288;
 }

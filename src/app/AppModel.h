@@ -14,6 +14,7 @@
 #include "services/Telemetry.h"
 
 #include <QCoroTask>
+#include <QDateTime>
 #include <QUuid>
 
 #include <functional>
@@ -48,12 +49,14 @@ public:
         Application& application;
         AppPreferences& preferences;
         RecordingEngine& recorder;
-        CameraService& camera;
+        std::shared_ptr<CameraService> camera;
         MicrophoneLevelMonitor& microphoneLevelMonitor;
-        PointerEffectsMonitor& pointerEffectsMonitor;
+        std::shared_ptr<PointerEffectsMonitor> pointerEffectsMonitor;
         Telemetry& telemetry;
         Scheduler& scheduler;
         Executor& mainQueue;
+        /// The calendar, which names files.
+        std::function<QDateTime()> now;
     };
 
     explicit AppModel(Parts parts);
@@ -61,8 +64,10 @@ public:
 
     void setWindows(AppModelWindows windows) { m_windows = std::move(windows); }
     const AppModelWindows& windows() const { return m_windows; }
-    CameraService& cameraService() const { return m_parts.camera; }
-    PointerEffectsMonitor& pointerEffectsMonitor() const { return m_parts.pointerEffectsMonitor; }
+    const std::shared_ptr<CameraService>& cameraService() const { return m_parts.camera; }
+    const std::shared_ptr<PointerEffectsMonitor>& pointerEffectsMonitor() const {
+        return m_parts.pointerEffectsMonitor;
+    }
     const std::shared_ptr<CameraOverlayState>& cameraOverlayState() const { return m_cameraOverlayState; }
 
     bool canChangeSettings() const;

@@ -67,9 +67,9 @@ QCoro::Task<> AppModel::applyCameraState(bool isEnabled, QUuid requestID) {
     bool isDone = true;
     if (isEnabled) {
         const QString deviceID = selectedCameraDeviceID();
-        isDone = co_await m_parts.camera.start(deviceID);
+        isDone = co_await m_parts.camera->start(deviceID);
     } else {
-        co_await m_parts.camera.stop();
+        co_await m_parts.camera->stop();
     }
     if (!alive || m_cameraRequestID != requestID)
         co_return;
@@ -86,7 +86,7 @@ void AppModel::storeCameraEnabled(bool isEnabled) {
 
 void AppModel::refuseCamera() {
     storeCameraEnabled(false);
-    const QString reason = m_parts.camera.userFacingError();
+    const QString reason = m_parts.camera->userFacingError();
     setErrorMessage(reason.isEmpty() ? QStringLiteral("Could not enable the camera.") : reason);
 }
 

@@ -63,7 +63,7 @@ QCoro::Task<> AppModel::beginRecording() {
     const QPointer<AppModel> alive(this);
     if (cameraEnabled()) {
         const QString deviceID = selectedCameraDeviceID();
-        const bool isStarted = co_await m_parts.camera.start(deviceID);
+        const bool isStarted = co_await m_parts.camera->start(deviceID);
         if (!alive)
             co_return;
         if (!isStarted)
@@ -91,9 +91,18 @@ QCoro::Task<> AppModel::beginRecording() {
 
 QCoro::Task<> AppModel::runRecorder(CaptureSelection selection) {
     // What the user changed during the countdown counts.
-    const RecordingOptions options{
-        selection,           microphoneEnabled(), selectedMicrophoneDeviceID(),       recordingQuality(),
-        clickSoundEnabled(), clickSoundStyle(),   outputDirectoryURL().toLocalFile(), m_cameraOverlayState};
+    RecordingRequest request;
+    request.selection = std::move(selection);
+    request.quality = recordingQuality();
+    request.microphoneEnabled = microphoneEnabled();
+    request.microphoneDeviceID = selectedMicrophoneDeviceID();
+    request.clickSoundEnabled = clickSoundEnabled();
+    request.clickSoundStyle = clickSoundStyle();
+    request.outputDirectory = outputDirectoryURL().toLocalFile();
+    request.now = m_parts.now();
+    request.cameraService = m_parts.camera;
+    request.cameraOverlayState = m_cameraOverlayState;
+    request.pointerEffectsMonitor = m_parts.pointerEffectsMonitor;
     const QPointer<AppModel> alive(this);
     const RecordingEngine::OnFinish onFinish = [alive, main = &m_parts.mainQueue](Result<RecordingOutput> result) {
         main->post([alive, result = std::move(result)] {
@@ -102,7 +111,7 @@ QCoro::Task<> AppModel::runRecorder(CaptureSelection selection) {
         });
     };
     const QUuid recordingID = m_recordingID = QUuid::createUuid();
-    const Result<void> started = co_await m_parts.recorder.start(options, onFinish);
+    const Result<void> started = co_await m_parts.recorder.start(request, onFinish);
     // A recording may be over before its start has answered; then all is told.
     if (!alive || m_recordingID != recordingID)
         co_return;
@@ -203,7 +212,7 @@ QCoro::Task<> AppModel::stopCameraAndEdit(QUrl recording, bool hasLiveClickTrack
     const QUuid requestID = m_cameraRequestID = QUuid::createUuid();
     storeCameraEnabled(false);
     const QPointer<AppModel> alive(this);
-    co_await m_parts.camera.stop();
+    co_await m_parts.camera->stop();
     if (!alive || m_cameraRequestID != requestID)
         co_return;
     setErrorMessage({});

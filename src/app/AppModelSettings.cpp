@@ -89,9 +89,9 @@ void AppModel::setCursorHighlightSize(double points) {
 }
 
 void AppModel::syncPointerEffectsMonitor() {
-    m_parts.pointerEffectsMonitor.updateSettings({showClickIndicators(), clickSoundEnabled(), showCursorHighlight(),
-                                                  clickIndicatorIntensity(), cursorHighlightIntensity(),
-                                                  cursorHighlightSize()});
+    m_parts.pointerEffectsMonitor->updateSettings({showClickIndicators(), clickSoundEnabled(), showCursorHighlight(),
+                                                   clickIndicatorIntensity(), cursorHighlightIntensity(),
+                                                   cursorHighlightSize()});
 }
 
 void AppModel::setRecordingQuality(RecordingQuality quality) {

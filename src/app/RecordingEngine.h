@@ -1,33 +1,8 @@
 #pragma once
 
-#include "base/Result.h"
-#include "platform/CaptureSelection.h"
-#include "recording/CameraOverlayState.h"
-#include "recording/ClickSoundStyle.h"
-#include "recording/RecordingOutput.h"
-#include "recording/RecordingQuality.h"
-
-#include <QCoroTask>
-#include <QString>
-
-#include <functional>
-#include <memory>
+#include "recording/ScreenRecorder.h"
 
 namespace keldra {
-
-/// What the user has chosen for one recording.
-struct RecordingOptions {
-    CaptureSelection selection;
-    bool microphoneEnabled = false;
-    /// Empty for the desktop's choice.
-    QString microphoneDeviceID;
-    RecordingQuality quality = RecordingQuality::high;
-    bool clickSoundEnabled = false;
-    ClickSoundStyle clickSoundStyle = ClickSoundStyle::soft;
-    QString outputDirectory;
-    /// Where the camera bubble stands while the recording runs.
-    std::shared_ptr<CameraOverlayState> cameraOverlayState;
-};
 
 /// What the model asks of the recorder: one recording at a time. Main thread.
 class RecordingEngine {
@@ -36,11 +11,27 @@ public:
 
     virtual ~RecordingEngine() = default;
     /// `onFinish` runs once, on any thread, when the recording has ended; never after a start that failed.
-    virtual QCoro::Task<Result<void>> start(RecordingOptions options, OnFinish onFinish) = 0;
+    virtual QCoro::Task<Result<void>> start(RecordingRequest request, OnFinish onFinish) = 0;
     /// Ends the recording; the end is told through `onFinish`.
     virtual void stop() = 0;
     /// False when the recording has no microphone to switch.
     virtual bool setMicrophoneEnabled(bool isEnabled) = 0;
+};
+
+/// The real one.
+class ScreenRecordingEngine final : public RecordingEngine {
+public:
+    /// `recorder` lives longer.
+    explicit ScreenRecordingEngine(ScreenRecorder& recorder) : m_recorder(recorder) {}
+
+    QCoro::Task<Result<void>> start(RecordingRequest request, OnFinish onFinish) override {
+        return m_recorder.startRecording(std::move(request), std::move(onFinish));
+    }
+    void stop() override { m_recorder.stopRecording(); }
+    bool setMicrophoneEnabled(bool isEnabled) override { return m_recorder.setMicrophoneEnabled(isEnabled); }
+
+private:
+    ScreenRecorder& m_recorder;
 };
 
 } // namespace keldra

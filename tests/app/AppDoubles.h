@@ -4,6 +4,7 @@
 #include "async/AwaitCompletion.h"
 #include "platform/AudioMeter.h"
 #include "platform/CameraSession.h"
+#include "platform/CaptureDevices.h"
 #include "platform/Dialogs.h"
 #include "platform/Permissions.h"
 #include "platform/Pointer.h"
@@ -37,6 +38,56 @@ public:
     }
     std::size_t waiting() const { return m_waiting.size(); }
 
+    bool holds = false;
+
+private:
+    Executor& m_mainQueue;
+    std::deque<Work> m_waiting;
+};
+
+/// Cameras and microphones that a test names.
+class ScriptedCaptureDevices final : public CaptureDevices {
+public:
+    struct Kind {
+        CaptureAuthorization authorization = CaptureAuthorization::authorized;
+        QList<CaptureDeviceOption> devices;
+        QString defaultID;
+        /// What the user says when asked; it is the authorization from then on.
+        bool grants = true;
+        int requests = 0;
+    };
+
+    explicit ScriptedCaptureDevices(Executor& mainQueue) : m_mainQueue(mainQueue) {}
+
+    CaptureAuthorization authorization(CaptureDeviceKind kind) const override { return kinds.at(kind).authorization; }
+    void requestAccess(CaptureDeviceKind kind, Completion<bool> done) override {
+        ++kinds.at(kind).requests;
+        m_waiting.push_back([this, kind, done = std::move(done)] {
+            Kind& asked = kinds.at(kind);
+            asked.authorization = asked.grants ? CaptureAuthorization::authorized : CaptureAuthorization::denied;
+            done(asked.grants);
+        });
+        if (!holds)
+            answer();
+    }
+    QList<CaptureDeviceOption> devices(CaptureDeviceKind kind) const override { return kinds.at(kind).devices; }
+    QString defaultDeviceID(CaptureDeviceKind kind) const override { return kinds.at(kind).defaultID; }
+
+    /// The user answers what was asked first.
+    void answer() {
+        m_mainQueue.post(std::move(m_waiting.front()));
+        m_waiting.pop_front();
+    }
+    /// Now these are connected.
+    void connect(CaptureDeviceKind kind, QList<CaptureDeviceOption> devices) {
+        kinds.at(kind).devices = std::move(devices);
+        notifyChanged();
+    }
+
+    std::map<CaptureDeviceKind, Kind> kinds{{CaptureDeviceKind::camera, {}}, {CaptureDeviceKind::microphone, {}}};
+    Kind& cameras = kinds.at(CaptureDeviceKind::camera);
+    Kind& microphones = kinds.at(CaptureDeviceKind::microphone);
+    /// Requests wait until the test answers.
     bool holds = false;
 
 private:
@@ -164,8 +215,8 @@ class ScriptedRecordingEngine final : public RecordingEngine {
 public:
     explicit ScriptedRecordingEngine(Executor& mainQueue) : answers(mainQueue) {}
 
-    QCoro::Task<Result<void>> start(RecordingOptions options, OnFinish onFinish) override {
-        starts.push_back(std::move(options));
+    QCoro::Task<Result<void>> start(RecordingRequest request, OnFinish onFinish) override {
+        starts.push_back(std::move(request));
         m_onFinish = std::move(onFinish);
         co_return co_await awaitCompletion<void>([this](Completion<void> done) {
             answers.add([this, done = std::move(done)] {
@@ -184,7 +235,7 @@ public:
     Answers answers;
     std::optional<Error> startError;
     bool canSwitchMicrophone = true;
-    std::vector<RecordingOptions> starts;
+    std::vector<RecordingRequest> starts;
     std::vector<bool> switches;
     int stops = 0;
 

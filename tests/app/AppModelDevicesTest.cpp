@@ -266,16 +266,19 @@ TEST_P(CameraRaces, AreWonByTheLast) {
 INSTANTIATE_TEST_SUITE_P(Rows, CameraRaces, ::testing::ValuesIn(CameraRace::rows()),
                          [](const auto& row) { return std::string(row.param.name); });
 
-TEST_F(AppModelDevices, ACameraThatWasNeverStoredIsNotRestarted) {
+TEST_F(AppModelDevices, TheFirstCameraThatIsPluggedInRestartsNothing) {
     devices->cameras.devices.clear();
+    devices->cameras.authorization = CaptureAuthorization::undetermined;
+    devices->holds = true;
     makeModel();
-    camera.answers.holds = true;
-    model->toggleCamera();
-    model->setErrorMessage("kept");
+    toggleCamera();
     devices->connect(CaptureDeviceKind::camera, {{"cam-a", "A"}});
     time.settle();
     EXPECT_EQ(model->selectedCameraDeviceID(), "cam-a");
-    EXPECT_EQ(camera.answers.waiting(), 0U);
+    EXPECT_EQ(devices->cameras.requests, 1) << "of the one start";
+    devices->answer();
+    time.settle();
+    EXPECT_TRUE(camera.isRunning);
 }
 
 struct MicrophoneRow {

@@ -317,15 +317,19 @@ TEST_F(AppModelRecording, TellsTheRecorderWhatWasChosenUntilTheCountdownsEnd) {
     time.settle();
 
     ASSERT_EQ(recorder.starts.size(), 1U);
-    const RecordingOptions& options = recorder.starts.front();
-    EXPECT_EQ(options.selection, wholeDisplay) << "of the press";
-    EXPECT_TRUE(options.microphoneEnabled);
-    EXPECT_EQ(options.microphoneDeviceID, "mic-a");
-    EXPECT_EQ(options.quality, RecordingQuality::high) << "cannot be changed during the countdown";
-    EXPECT_TRUE(options.clickSoundEnabled);
-    EXPECT_EQ(options.clickSoundStyle, ClickSoundStyle::classic);
-    EXPECT_EQ(options.outputDirectory, folder.path());
-    EXPECT_EQ(options.cameraOverlayState, model->cameraOverlayState());
+    const RecordingRequest& request = recorder.starts.front();
+    EXPECT_EQ(request.selection, wholeDisplay) << "of the press";
+    EXPECT_TRUE(request.microphoneEnabled);
+    EXPECT_EQ(request.microphoneDeviceID, "mic-a");
+    EXPECT_EQ(request.quality, RecordingQuality::high) << "cannot be changed during the countdown";
+    EXPECT_TRUE(request.clickSoundEnabled);
+    EXPECT_EQ(request.clickSoundStyle, ClickSoundStyle::classic);
+    EXPECT_EQ(request.outputDirectory, folder.path());
+    EXPECT_EQ(request.now, analytics.now);
+    EXPECT_EQ(request.cameraService, cameraService);
+    EXPECT_EQ(request.cameraOverlayState, model->cameraOverlayState());
+    EXPECT_EQ(request.pointerEffectsMonitor, pointerMonitor);
+    EXPECT_TRUE(request.offersMicrophone) << "so that it can be switched on later";
 }
 
 TEST_F(AppModelRecording, CountsSecondsAndReports) {

@@ -47,10 +47,10 @@ TEST_F(AppModelSettings, AreLoaded) {
     EXPECT_EQ(model->cameraOverlaySize(), CameraOverlaySize::small);
     EXPECT_EQ(model->cameraOverlayShape(), CameraOverlayShape::roundedSquare);
 
-    const PointerEffectsSnapshot effects = pointerMonitor.snapshot();
+    const PointerEffectsSnapshot effects = pointerMonitor->snapshot();
     EXPECT_EQ(effects.cursorHighlightIntensity, 0.2) << "within bounds";
     EXPECT_EQ(effects.cursorHighlightSize, 80);
-    EXPECT_TRUE(pointerMonitor.isRunning());
+    EXPECT_TRUE(pointerMonitor->isRunning());
     EXPECT_EQ(stored("preferences.cursorHighlightSize"), "200");
 }
 
@@ -110,22 +110,22 @@ TEST_F(AppModelSettings, AreClampedWhereTheyAreSliders) {
             EXPECT_EQ(preferences.value(row.key), wanted) << row.key.name;
         }
     }
-    const PointerEffectsSnapshot effects = pointerMonitor.snapshot();
+    const PointerEffectsSnapshot effects = pointerMonitor->snapshot();
     EXPECT_EQ(effects.clickIndicatorIntensity, 0.5);
     EXPECT_EQ(effects.cursorHighlightSize, 32);
 }
 
 TEST_F(AppModelSettings, AnyPointerEffectKeepsTheMonitorRunning) {
     makeModel();
-    EXPECT_TRUE(pointerMonitor.isRunning()) << "click indicators are on from the start";
+    EXPECT_TRUE(pointerMonitor->isRunning()) << "click indicators are on from the start";
     model->setShowClickIndicators(false);
-    EXPECT_FALSE(pointerMonitor.isRunning());
+    EXPECT_FALSE(pointerMonitor->isRunning());
     for (const auto set :
          {&AppModel::setShowClickIndicators, &AppModel::setClickSoundEnabled, &AppModel::setShowCursorHighlight}) {
         ((*model).*set)(true);
-        EXPECT_TRUE(pointerMonitor.isRunning());
+        EXPECT_TRUE(pointerMonitor->isRunning());
         ((*model).*set)(false);
-        EXPECT_FALSE(pointerMonitor.isRunning());
+        EXPECT_FALSE(pointerMonitor->isRunning());
     }
 }
 

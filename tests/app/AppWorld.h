@@ -3,7 +3,6 @@
 #include "app/AppDoubles.h"
 #include "app/AppModel.h"
 #include "app/SettingsFile.h"
-#include "doubles/FixedCaptureDevices.h"
 #include "doubles/FixedDesktop.h"
 #include "services/AnalyticsWorld.h"
 
@@ -45,9 +44,9 @@ protected:
         platform.dialogs = dialogs;
         if (hasDevices)
             platform.devices = devices;
-        model = std::make_unique<AppModel>(AppModel::Parts{platform, analytics.application, preferences, recorder,
-                                                           cameraService, levelMonitor, pointerMonitor, telemetry,
-                                                           time.scheduler(), time.mainQueue()});
+        model = std::make_unique<AppModel>(AppModel::Parts{
+            platform, analytics.application, preferences, recorder, cameraService, levelMonitor, pointerMonitor,
+            telemetry, time.scheduler(), time.mainQueue(), [this] { return analytics.now; }});
         model->setWindows({[this](CaptureMode mode, std::uint32_t displayID) { return select(mode, displayID); },
                            [this] { return countDown(); },
                            [this](const QUrl& url, bool hasLiveClickTrack) {
@@ -94,7 +93,7 @@ protected:
     QTemporaryDir folder;
     std::shared_ptr<FixedScreens> screens = std::make_shared<FixedScreens>(QList<Screen>{
         {1, "Main", QRectF(0, 0, 1920, 1080), {}, 1}, {2, "Side", QRectF(1920, 100, 1279.5, 800.4), {}, 1}});
-    std::shared_ptr<FixedCaptureDevices> devices = std::make_shared<FixedCaptureDevices>(time.mainQueue());
+    std::shared_ptr<ScriptedCaptureDevices> devices = std::make_shared<ScriptedCaptureDevices>(time.mainQueue());
     std::shared_ptr<ScriptedPermissions> permissions = std::make_shared<ScriptedPermissions>(time.mainQueue());
     std::shared_ptr<ScriptedWorkspace> workspace = std::make_shared<ScriptedWorkspace>();
     std::shared_ptr<ScriptedDialogs> dialogs = std::make_shared<ScriptedDialogs>(time.mainQueue());
@@ -106,11 +105,12 @@ protected:
     AppPreferences preferences{openSettings(folder.filePath("current.ini")),
                                openSettings(folder.filePath("legacy.ini")), UserFolders{folder.path(), folder.path()}};
     CameraScript camera{time.mainQueue()};
-    CameraService cameraService{devices, std::make_unique<ScriptedCameraSession>(camera), time.queue("camera")};
+    std::shared_ptr<CameraService> cameraService =
+        std::make_shared<CameraService>(devices, std::make_unique<ScriptedCameraSession>(camera), time.queue("camera"));
     MeterScript meter;
     MicrophoneLevelMonitor levelMonitor{devices, std::make_unique<ScriptedAudioMeter>(meter), time.scheduler()};
-    PointerEffectsMonitor pointerMonitor{std::make_shared<RestingPointer>(), std::make_shared<OwnWindows>(),
-                                         time.clock(), time.scheduler()};
+    std::shared_ptr<PointerEffectsMonitor> pointerMonitor = std::make_shared<PointerEffectsMonitor>(
+        std::make_shared<RestingPointer>(), std::make_shared<OwnWindows>(), time.clock(), time.scheduler());
     ScriptedRecordingEngine recorder{time.mainQueue()};
 
     /// Countdowns and selections on the screen; what the user picks; for what and where he was asked.
