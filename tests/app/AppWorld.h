@@ -36,6 +36,8 @@ protected:
         time.settle();
     }
 
+    virtual RecordingEngine& engine() { return recorder; }
+
     AppModel& makeModel() {
         Platform platform;
         platform.screens = screens;
@@ -45,7 +47,7 @@ protected:
         if (hasDevices)
             platform.devices = devices;
         model = std::make_unique<AppModel>(AppModel::Parts{
-            platform, analytics.application, preferences, recorder, cameraService, levelMonitor, pointerMonitor,
+            platform, analytics.application, preferences, engine(), cameraService, levelMonitor, pointerMonitor,
             telemetry, time.scheduler(), time.mainQueue(), [this] { return analytics.now; }});
         model->setWindows({[this](CaptureMode mode, std::uint32_t displayID) { return select(mode, displayID); },
                            [this] { return countDown(); },
