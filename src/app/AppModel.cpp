@@ -43,18 +43,16 @@ AppModel::AppModel(Parts parts) : m_parts(std::move(parts)) {
     syncPointerEffectsMonitor();
 }
 
-AppModel::~AppModel() {
-    if (m_parts.platform.devices)
-        m_parts.platform.devices->setOnChanged({});
-}
+AppModel::~AppModel() = default;
 
 void AppModel::watch() {
     // All arrive a turn later, when whoever told them has gone on.
     const auto later = [main = &m_parts.mainQueue, model = QPointer<AppModel>(this)](auto work) {
-        main->post([model, work = std::move(work)] {
-            if (model)
-                work(*model);
-        });
+        if (model)
+            main->post([model, work = std::move(work)] {
+                if (model)
+                    work(*model);
+            });
     };
     connect(&m_parts.microphoneLevelMonitor, &MicrophoneLevelMonitor::levelChanged, this,
             [later](double level) { later([level](AppModel& model) { model.setMicrophoneLevel(level); }); });

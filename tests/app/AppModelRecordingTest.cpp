@@ -8,60 +8,8 @@ using enum RecordingState;
 using testing::AppWorld;
 namespace keys = preferenceKeys;
 
-/// What a road through the state machine leaves behind.
-struct Outcome {
-    QList<RecordingState> states;
-    QString errorMessage{};
-    QStringList notices{};
-    int countdowns = 0;
-    int starts = 0;
-    int stops = 0;
-    bool hasSelection = true;
-    QUrl lastSavedURL{};
-    friend bool operator==(const Outcome&, const Outcome&) = default;
-};
-
-void PrintTo(const Outcome& outcome, std::ostream* stream) {
-    *stream << "states";
-    for (const RecordingState state : outcome.states)
-        *stream << ' ' << int(state);
-    *stream << ", error '" << outcome.errorMessage.toStdString() << "', notices '"
-            << outcome.notices.join("|").toStdString() << "', countdowns " << outcome.countdowns << ", starts "
-            << outcome.starts << ", stops " << outcome.stops << ", selection " << outcome.hasSelection << ", saved '"
-            << outcome.lastSavedURL.toString().toStdString() << "'";
-}
-
 class AppModelRecording : public AppWorld {
-public:
-    struct Road {
-        const char* name;
-        std::function<void(AppModelRecording&)> given;
-        std::function<void(AppModelRecording&)> when;
-        Outcome wanted;
-    };
-    static QList<Road> roads();
-
 protected:
-    Outcome outcome() const {
-        return {states,
-                model->errorMessage(),
-                notices,
-                countdownsShown,
-                int(recorder.starts.size()),
-                recorder.stops,
-                model->currentSelection().has_value(),
-                model->lastSavedURL()};
-    }
-    void pickDisplay() { model->setCurrentSelection(wholeDisplay); }
-    void enableMicrophone() {
-        model->toggleMicrophone();
-        time.settle();
-    }
-    void enableCamera() {
-        model->toggleCamera();
-        time.settle();
-    }
-
     /// Brings a new model with a selection into that state, by the user's own roads.
     AppModel& makeModelIn(RecordingState state) {
         if (state == requestingPermission) {
@@ -82,219 +30,6 @@ protected:
     }
 };
 
-QList<AppModelRecording::Road> AppModelRecording::roads() {
-    using W = AppModelRecording;
-    const auto nothing = [](W&) {};
-    const auto record = [](W& w) {
-        w.pickDisplay();
-        w.press();
-    };
-    return {
-        {"records", nothing, record, {.states = {countdown, recording}, .countdowns = 1, .starts = 1}},
-        {"recordsAndSaves",
-         nothing,
-         [record](W& w) {
-             record(w);
-             w.press();
-             w.finish(take);
-         },
-         {.states = {countdown, recording, stopping, idle},
-          .countdowns = 1,
-          .starts = 1,
-          .stops = 1,
-          .hasSelection = false,
-          .lastSavedURL = take.url}},
-        {"recordsAndFailsToSave",
-         nothing,
-         [record](W& w) {
-             record(w);
-             w.press();
-             w.finish(keldra::fail(diskFull));
-         },
-         {.states = {countdown, recording, stopping, failed},
-          .errorMessage = "No space left on device",
-          .notices = {"No space left on device"},
-          .countdowns = 1,
-          .starts = 1,
-          .stops = 1}},
-        {"breaksOffByItself",
-         nothing,
-         [record](W& w) {
-             record(w);
-             w.finish(keldra::fail(diskFull));
-         },
-         {.states = {countdown, recording, failed},
-          .errorMessage = "No space left on device",
-          .notices = {"No space left on device"},
-          .countdowns = 1,
-          .starts = 1}},
-        {"endsByItselfWithAFile",
-         nothing,
-         [record](W& w) {
-             record(w);
-             w.finish(take);
-         },
-         {.states = {countdown, recording, idle},
-          .countdowns = 1,
-          .starts = 1,
-          .hasSelection = false,
-          .lastSavedURL = take.url}},
-        {"cannotStart",
-         [](W& w) { w.recorder.startError = diskFull; },
-         record,
-         {.states = {countdown, failed},
-          .errorMessage = "No space left on device",
-          .notices = {"No space left on device"},
-          .countdowns = 1,
-          .starts = 1}},
-        {"recordsAtOnceAfterAFailure",
-         [](W& w) { w.recorder.startError = diskFull; },
-         [record](W& w) {
-             record(w);
-             w.recorder.startError.reset();
-             w.press();
-         },
-         {.states = {countdown, failed, countdown, recording},
-          .notices = {"No space left on device"},
-          .countdowns = 2,
-          .starts = 2}},
-        {"hasNoSelection", nothing, [](W& w) { w.press(); }, {.states = {}, .hasSelection = false}},
-        {"isGrantedTheScreenAndWaitsForAnotherPress",
-         [](W& w) { w.permissions->isGranted = false; },
-         record,
-         {.states = {requestingPermission, idle}}},
-        {"recordsAtTheSecondPressAfterAGrant",
-         [](W& w) { w.permissions->isGranted = false; },
-         [record](W& w) {
-             record(w);
-             w.press();
-         },
-         {.states = {requestingPermission, idle, countdown, recording}, .countdowns = 1, .starts = 1}},
-        {"isRefusedTheScreen",
-         [](W& w) { w.permissions->isGranted = w.permissions->grants = false; },
-         record,
-         {.states = {requestingPermission, failed},
-          .errorMessage = "Screen recording access was not granted",
-          .notices = {"Screen recording access was not granted"}}},
-        {"isRefusedTheScreenTwice",
-         [](W& w) { w.permissions->isGranted = w.permissions->grants = false; },
-         [record](W& w) {
-             record(w);
-             w.press();
-         },
-         {.states = {requestingPermission, failed, requestingPermission, failed},
-          .errorMessage = "Screen recording access was not granted",
-          // The empty text between lets the second through.
-          .notices = {"Screen recording access was not granted", "Screen recording access was not granted"}}},
-        {"hasLostTheMicrophonesPermission",
-         nothing,
-         [record](W& w) {
-             w.model->setLastSavedURL(take.url);
-             w.enableMicrophone();
-             w.devices->microphones.authorization = CaptureAuthorization::denied;
-             record(w);
-         },
-         {.states = {failed},
-          .errorMessage = "Microphone access was not granted.",
-          .notices = {"Microphone access was not granted."},
-          .lastSavedURL = take.url}},
-        {"isAskedForTheMicrophoneAgainAndAgrees",
-         nothing,
-         [record](W& w) {
-             w.enableMicrophone();
-             w.devices->microphones.authorization = CaptureAuthorization::undetermined;
-             record(w);
-         },
-         {.states = {countdown, recording}, .countdowns = 1, .starts = 1}},
-        {"recordsWithoutACameraThatCannotStart",
-         nothing,
-         [record](W& w) {
-             w.enableCamera();
-             w.devices->cameras.authorization = CaptureAuthorization::denied;
-             record(w);
-         },
-         {.states = {countdown, recording},
-          .notices = {"Camera access was not granted."},
-          .countdowns = 1,
-          .starts = 1}},
-        {"clearsTheRecordingBefore",
-         nothing,
-         [record](W& w) {
-             w.model->setLastSavedURL(take.url);
-             record(w);
-         },
-         {.states = {countdown, recording}, .countdowns = 1, .starts = 1}},
-        {"isStoppedWhileNothingRuns",
-         nothing,
-         [](W& w) {
-             w.model->stopRecording();
-             w.pickDisplay();
-         },
-         {.states = {}}},
-        {"isStoppedTwice",
-         nothing,
-         [record](W& w) {
-             record(w);
-             w.model->stopRecording();
-             w.model->stopRecording();
-         },
-         {.states = {countdown, recording, stopping}, .countdowns = 1, .starts = 1, .stops = 1}},
-        {"isPressedTwiceWhileTheCameraStarts",
-         nothing,
-         [](W& w) {
-             w.pickDisplay();
-             w.enableCamera();
-             w.camera.answers.holds = true;
-             w.model->startRecording();
-             w.press();
-             w.camera.answers.releaseAll();
-             w.time.settle();
-         },
-         {.states = {countdown, recording}, .countdowns = 1, .starts = 1}},
-        {"isOverBeforeItsStartHasAnswered",
-         [](W& w) { w.recorder.answers.holds = true; },
-         [record](W& w) {
-             record(w);
-             w.finish(keldra::fail(diskFull));
-             w.recorder.answers.releaseAll();
-             w.time.settle();
-         },
-         {.states = {countdown, failed},
-          .errorMessage = "No space left on device",
-          .notices = {"No space left on device"},
-          .countdowns = 1,
-          .starts = 1}},
-        {"losesTheSelectionDuringTheCountdownAndRecordsIt",
-         [](W& w) { w.countdowns.holds = true; },
-         [record](W& w) {
-             record(w);
-             w.model->setCurrentSelection(std::nullopt);
-             w.countdowns.releaseAll();
-             w.time.settle();
-         },
-         {.states = {countdown, recording}, .countdowns = 1, .starts = 1, .hasSelection = false}},
-        {"hasNoWindowsThatCountDown",
-         nothing,
-         [record](W& w) {
-             w.model->setWindows({});
-             record(w);
-         },
-         {.states = {countdown, recording}, .starts = 1}},
-    };
-}
-
-class AppModelRoads : public AppModelRecording, public ::testing::WithParamInterface<AppModelRecording::Road> {};
-
-TEST_P(AppModelRoads, LeadThroughTheStates) {
-    GetParam().given(*this);
-    makeModel();
-    GetParam().when(*this);
-    EXPECT_EQ(outcome(), GetParam().wanted);
-}
-
-INSTANTIATE_TEST_SUITE_P(Rows, AppModelRoads, ::testing::ValuesIn(AppModelRecording::roads()),
-                         [](const auto& row) { return std::string(row.param.name); });
-
 TEST_F(AppModelRecording, WithoutASelectionTheButtonAsksForOne) {
     makeModel().setIsSettingsPresented(true);
     press();
@@ -306,7 +41,7 @@ TEST_F(AppModelRecording, WithoutASelectionTheButtonAsksForOne) {
 TEST_F(AppModelRecording, TellsTheRecorderWhatWasChosenUntilTheCountdownsEnd) {
     countdowns.holds = true;
     makeModel().setCurrentSelection(wholeDisplay);
-    enableMicrophone();
+    toggleMicrophone();
     press();
     model->setClickSoundEnabled(true);
     model->setClickSoundStyle(ClickSoundStyle::classic);
@@ -372,8 +107,8 @@ TEST_F(AppModelRecording, ASuccessLooksAtPermissionAndDisplaysAgain) {
 
 TEST_F(AppModelRecording, AFailureChangesNothingElse) {
     makeModel().setCurrentSelection(wholeDisplay);
-    enableCamera();
-    enableMicrophone();
+    toggleCamera();
+    toggleMicrophone();
     press();
     permissions->isGranted = false;
     finish(keldra::fail(diskFull));
@@ -433,8 +168,8 @@ TEST_P(AppModelStates, DecideWhatIsAllowed) {
     EXPECT_EQ(dialogs->shown.size(), settingsAllowed ? 1 : 0);
 
     for (const bool isOn : {true, false}) {
-        enableCamera();
-        enableMicrophone();
+        toggleCamera();
+        toggleMicrophone();
         EXPECT_EQ(model->cameraEnabled(), isOn);
         EXPECT_EQ(model->microphoneEnabled(), isOn);
     }
@@ -484,7 +219,7 @@ TEST_F(AppModelRecording, TheLastRecordingIsRevealedAndEdited) {
     model->openLastRecordingInEditor();
     EXPECT_TRUE(workspace->revealed.isEmpty());
 
-    enableCamera();
+    toggleCamera();
     model->setCurrentSelection(wholeDisplay);
     press();
     press();
@@ -527,7 +262,7 @@ TEST_F(AppModelRecording, NothingReachesAModelThatIsGone) {
         {"camera",
          [&] {
              makeModel().setCurrentSelection(wholeDisplay);
-             enableCamera();
+             toggleCamera();
              hold(camera.answers);
              press();
          }},
@@ -575,7 +310,7 @@ TEST_F(AppModelRecording, NothingReachesAModelThatIsGone) {
         {"level",
          [&] {
              makeModel();
-             enableMicrophone();
+             toggleMicrophone();
              meter.power = -10;
          }},
         {"deviceChange", [&] { makeModel(); }},

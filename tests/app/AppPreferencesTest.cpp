@@ -195,6 +195,18 @@ TEST_F(AppPreferencesTest, ReadsBackWhatItWroteInThisRunAndTheNext) {
     EXPECT_EQ(read(next), wanted);
 }
 
+TEST_F(AppPreferencesTest, TheUsersOwnLieInTheConfigurationFolder) {
+    const QByteArray before = qgetenv("XDG_CONFIG_HOME");
+    qputenv("XDG_CONFIG_HOME", folder.path().toUtf8());
+    QDir(folder.path()).mkpath("TurvexCaptureNative");
+    write("TurvexCaptureNative/TurvexCaptureNative.ini", "[General]\npreferences.recordingQuality=low\n");
+    AppPreferences::ofUser()->setValue(keys::analyticsEnabled, true);
+    EXPECT_EQ(stored("KELDRA/KELDRA.ini"), (QMap<QString, QString>{{"analyticsEnabled", "true"},
+                                                                   {"branding.migratedLegacyPreferences", "true"},
+                                                                   {"preferences.recordingQuality", "low"}}));
+    before.isNull() ? qunsetenv("XDG_CONFIG_HOME") : qputenv("XDG_CONFIG_HOME", before);
+}
+
 TEST_F(AppPreferencesTest, NoneRemovesTheSetting) {
     AppPreferences preferences = open();
     preferences.setUpdateReminderDate(QDateTime(QDate(2026, 3, 1), QTime(10, 0), Qt::UTC));

@@ -74,6 +74,14 @@ protected:
         recorder.finish(std::move(result));
         time.settle();
     }
+    void toggleCamera() {
+        model->toggleCamera();
+        time.settle();
+    }
+    void toggleMicrophone() {
+        model->toggleMicrophone();
+        time.settle();
+    }
     /// A model that records the whole display.
     AppModel& makeRecording() {
         makeModel().setCurrentSelection(wholeDisplay);
