@@ -155,6 +155,7 @@ bool StreamRecordingSession::startWriting(MediaTime time) {
     }
     m_parts.writer->startSession(time);
     m_hasStartedWriting = true;
+    m_begin = time;
     if (m_clickTrack)
         m_clickTrack->begin(time);
     return true;
@@ -316,7 +317,8 @@ void StreamRecordingSession::padSound() {
 
 void StreamRecordingSession::complete(Result<void> result) {
     logLine("[KELDRA]", "recording ended: " + std::to_string(m_writtenFrameCount) + " frames written, " +
-                            std::to_string(m_droppedFrameCount) + " dropped");
+                            std::to_string(m_droppedFrameCount) +
+                            " dropped; it began at t=" + std::to_string(m_begin.isNumeric() ? m_begin.seconds() : 0.0));
     // After a failure the source still runs. Whoever hears of the end may take the queue away, so nothing may come
     // later.
     m_parts.mainQueue->post([self = shared_from_this(), result = std::move(result)] {

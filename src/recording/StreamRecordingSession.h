@@ -122,6 +122,8 @@ private:
     PixelBuffer m_latestSourceFrame;
     bool m_hasStartedWriting = false;
     bool m_hasFinished = false;
+    /// The file's zero.
+    MediaTime m_begin;
     MediaTime m_lastOutputVideoPTS;
     /// When, and whether with a bubble, the last frame was written.
     MediaTime m_lastAppendedAt;

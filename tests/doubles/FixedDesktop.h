@@ -3,6 +3,7 @@
 #include "base/Executor.h"
 #include "platform/Screens.h"
 #include "platform/ShareableContent.h"
+#include "platform/WindowList.h"
 
 namespace keldra {
 
@@ -12,6 +13,14 @@ public:
     explicit FixedScreens(QList<Screen> screens) : current(std::move(screens)) {}
     QList<Screen> screens() const override { return current; }
     QList<Screen> current;
+};
+
+/// Windows that a test names.
+class FixedWindows final : public WindowList {
+public:
+    QList<WindowInfo> windows() const override { return {}; }
+    std::optional<QRectF> liveFrame(std::uint32_t) const override { return live; }
+    std::optional<QRectF> live;
 };
 
 /// Shareable content that a test names.

@@ -2,6 +2,7 @@
 
 #include "media/MovieWriter.h"
 
+#include <algorithm>
 #include <deque>
 #include <memory>
 #include <optional>
@@ -29,6 +30,8 @@ struct MovieWriterScript {
     std::optional<Error> error;
     bool isReady = true;
     bool refusesSound = false;
+    /// Keeps copies, as a real writer lets go of what it was given; else the pictures themselves.
+    bool copiesPictures = false;
 
     std::string path;
     VideoTrackSettings video;
@@ -94,8 +97,14 @@ private:
     bool append(PixelBuffer picture, MediaTime time) override {
         if (m_script->error)
             return false;
-        m_script->samples.push_back({std::move(picture), time});
+        m_script->samples.push_back({m_script->copiesPictures ? copyOf(picture) : std::move(picture), time});
         return true;
+    }
+    static PixelBuffer copyOf(const PixelBuffer& picture) {
+        PixelBuffer copy = PixelBuffer::allocate(picture.format(), picture.width(), picture.height());
+        for (int y = 0; y < picture.height(); ++y)
+            std::copy_n(picture.row(0, y), std::size_t(picture.width()) * 4, copy.mutableRow(0, y));
+        return copy;
     }
     void markAsFinished() override { m_script->isMarkedFinished = true; }
 

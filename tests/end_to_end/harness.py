@@ -46,6 +46,7 @@ class Scene:
 
     def __init__(self, *options):
         self.shown = []
+        self.clicks = []
         self._process = subprocess.Popen([SCENE, "--log", *map(str, options)], stdout=subprocess.PIPE, text=True)
         self.window = int(self._process.stdout.readline().split()[2])
         self._reader = threading.Thread(target=self._read, daemon=True)
@@ -53,6 +54,9 @@ class Scene:
 
     def _read(self):
         for line in self._process.stdout:
+            if line.startswith("# click"):
+                self.clicks.append(int(line.split()[2]) / 1000)
+                continue
             number, microseconds = line.split()
             self.shown.append((int(number), int(microseconds) / 1e6))
 
@@ -77,10 +81,11 @@ class Scene:
 class Recording:
     """A `keldra record` that runs until it is stopped or killed."""
 
-    def __init__(self, folder, *source, options=()):
+    def __init__(self, folder, *source, options=(), environment=None):
         self.folder = pathlib.Path(folder)
         self.process = subprocess.Popen([KELDRA, "record", *map(str, source), "--output-dir", str(folder), *options],
-                                        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+                                        stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True,
+                                        env={**os.environ, **(environment or {})})
 
     def file(self):
         """The growing file, once it is there."""
@@ -91,7 +96,12 @@ class Recording:
         out, err = self.process.communicate(timeout=DEADLINE)
         if self.process.returncode != 0:
             raise AssertionError(f"record ended with {self.process.returncode}: {err}")
+        self.log = err
         return pathlib.Path(out.strip().splitlines()[-1])
+
+    def begin(self):
+        """The host time of the file's zero, once it has ended."""
+        return float(re.search(r"began at t=([0-9.]+)", self.log).group(1))
 
     def kill(self):
         self.process.kill()
@@ -145,6 +155,24 @@ def number_in(picture, row, origin=(0, 0)):
     if sum(bits) % 2 != 0:
         return None
     return int("".join(map(str, bits[:-1])), 2)
+
+
+def sound(path, track=0):
+    """A sound track's samples as floats, one channel."""
+    raw = subprocess.run(["ffmpeg", "-nostdin", "-v", "fatal", "-i", str(path), "-map", f"0:a:{track}", "-ac", "1",
+                          "-f", "f32le", "-"], check=True, stdout=subprocess.PIPE).stdout
+    return numpy.frombuffer(raw, numpy.float32)
+
+
+def onsets(samples, gap=0.1, rate=48000):
+    """Seconds at which sound begins after so much silence; the samples of a click begin with one zero."""
+    places = numpy.flatnonzero(samples)
+    firsts = [n for before, n in zip([-rate, *places], places) if n - before > gap * rate]
+    return [(n - 1) / rate for n in firsts]
+
+
+def xdotool(*words):
+    subprocess.run(["xdotool", *map(str, words)], check=True)
 
 
 def numbers_of(path, origin=(0, 0)):

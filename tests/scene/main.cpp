@@ -8,7 +8,8 @@
 //   h/2    a texture that moves with every frame, down to the bottom
 //
 // All else is grey. With --log it prints "# window <id>", then a line "<number> <CLOCK_MONOTONIC microseconds>" for
-// each frame, after the server has shown it.
+// each frame, after the server has shown it, and "# click <CLOCK_MONOTONIC milliseconds>" for each button that is
+// pressed on it.
 
 #include "scene/SceneLayout.h"
 #include "scene/SceneOptions.h"
@@ -52,7 +53,8 @@ public:
         , m_height(options.height > 0 ? options.height : screen.height_in_pixels)
         , m_closeProtocol(atom(connection, "WM_DELETE_WINDOW")) {
         const std::uint32_t values[] = {backgroundRgb, !options.isManaged,
-                                        XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY};
+                                        XCB_EVENT_MASK_EXPOSURE | XCB_EVENT_MASK_STRUCTURE_NOTIFY |
+                                            (options.isLogging ? std::uint32_t(XCB_EVENT_MASK_BUTTON_PRESS) : 0U)};
         xcb_create_window(connection, XCB_COPY_FROM_PARENT, m_window, screen.root, std::int16_t(options.x),
                           std::int16_t(options.y), std::uint16_t(m_width), std::uint16_t(m_height), 0,
                           XCB_WINDOW_CLASS_INPUT_OUTPUT, XCB_COPY_FROM_PARENT,
@@ -105,6 +107,9 @@ private:
         switch (event.response_type & 0x7f) {
         case XCB_EXPOSE:
             return true;
+        case XCB_BUTTON_PRESS:
+            logClick(reinterpret_cast<const xcb_button_press_event_t&>(event).time);
+            return false;
         case XCB_MAP_NOTIFY:
             m_isMapped = true;
             return true;
@@ -126,6 +131,13 @@ private:
         default:
             return false;
         }
+    }
+
+    /// The server's time is the low half of CLOCK_MONOTONIC's milliseconds.
+    static void logClick(xcb_timestamp_t time) {
+        const std::int64_t now = nowNanoseconds() / 1'000'000;
+        std::printf("# click %lld\n", static_cast<long long>(now - std::int32_t(std::uint32_t(now) - time)));
+        std::fflush(stdout);
     }
 
     xcb_connection_t* m_connection;

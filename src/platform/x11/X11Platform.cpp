@@ -1,6 +1,7 @@
 #include "platform/x11/X11Platform.h"
 
 #include "platform/x11/X11Connection.h"
+#include "platform/x11/X11DisplayCapture.h"
 #include "platform/x11/X11Monitors.h"
 #include "platform/x11/X11Pointer.h"
 #include "platform/x11/X11ScreenStream.h"
@@ -20,9 +21,13 @@ Result<Platform> makeX11Platform(std::shared_ptr<HostClock> clock, Executor& mai
     platform.shareableContent = std::make_shared<X11ShareableContent>(platform.screens, platform.windows, mainQueue);
     TRY_LET(std::shared_ptr<X11Connection> pointerConnection, X11Connection::open());
     platform.pointer = std::make_shared<X11Pointer>(std::move(pointerConnection), scaleFactor);
-    platform.makeScreenStream = [clock, numbers, &mainQueue]() -> std::unique_ptr<ScreenStream> {
-        return std::make_unique<X11ScreenStream>(clock, numbers, mainQueue);
+    platform.makeDisplayCapture = [clock, numbers, &mainQueue]() -> std::unique_ptr<DisplayCapture> {
+        return std::make_unique<X11DisplayCapture>(clock, numbers, mainQueue);
     };
+    if (connection->requireStreaming())
+        platform.makeScreenStream = [clock, numbers, &mainQueue]() -> std::unique_ptr<ScreenStream> {
+            return std::make_unique<X11ScreenStream>(clock, numbers, mainQueue);
+        };
     return platform;
 }
 
