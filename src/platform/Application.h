@@ -24,6 +24,8 @@ class Application : public QObject {
 
 public:
     virtual ApplicationFacts facts() const = 0;
+    /// Ends the main loop, and with it the program, when the present turn is over.
+    virtual void terminate() = 0;
 
 Q_SIGNALS:
     /// One of our windows came to the front after none of them was there.

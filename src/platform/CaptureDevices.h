@@ -1,5 +1,6 @@
 #pragma once
 
+#include "base/Executor.h"
 #include "base/Result.h"
 
 #include <QList>
@@ -33,6 +34,18 @@ public:
     virtual QList<CaptureDeviceOption> devices(CaptureDeviceKind kind) const = 0;
     /// The id of the desktop's own choice; empty when it has none.
     virtual QString defaultDeviceID(CaptureDeviceKind kind) const = 0;
+
+    /// Runs on main whenever a device has come or gone; takes the place of the handler before it. None is allowed.
+    void setOnChanged(Work onChanged) { m_onChanged = std::move(onChanged); }
+
+protected:
+    void notifyChanged() const {
+        if (const Work onChanged = m_onChanged)
+            onChanged();
+    }
+
+private:
+    Work m_onChanged;
 };
 
 /// The device with the wanted id, else the desktop's choice, else the first one.

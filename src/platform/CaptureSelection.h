@@ -8,7 +8,8 @@
 
 namespace keldra {
 
-enum class CaptureMode { display, region, window };
+/// In the order in which they are offered.
+enum class CaptureMode { region, window, display };
 
 /// A whole display.
 struct DisplaySelection {

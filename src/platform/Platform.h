@@ -4,14 +4,17 @@
 #include "platform/AudioMeter.h"
 #include "platform/CameraSession.h"
 #include "platform/CaptureDevices.h"
+#include "platform/Dialogs.h"
 #include "platform/DisplayCapture.h"
 #include "platform/MicrophoneStream.h"
 #include "platform/OwnWindows.h"
+#include "platform/Permissions.h"
 #include "platform/Pointer.h"
 #include "platform/ScreenStream.h"
 #include "platform/Screens.h"
 #include "platform/ShareableContent.h"
 #include "platform/WindowList.h"
+#include "platform/Workspace.h"
 
 #include <memory>
 
@@ -25,6 +28,9 @@ struct Platform {
     std::shared_ptr<HostClock> clock;
     std::shared_ptr<Screens> screens;
     std::shared_ptr<WindowList> windows;
+    std::shared_ptr<Permissions> permissions;
+    std::shared_ptr<Workspace> workspace;
+    std::shared_ptr<Dialogs> dialogs;
     std::shared_ptr<ShareableContent> shareableContent;
     ScreenStreamFactory makeScreenStream;
     DisplayCaptureFactory makeDisplayCapture;

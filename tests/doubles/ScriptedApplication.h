@@ -11,6 +11,9 @@ public:
         return {QStringLiteral("1.4.2"), QStringLiteral("815"), QStringLiteral("Linux"),
                 QStringLiteral("12"),    QStringLiteral("en"),  QStringLiteral("Fast Machine 9")};
     }
+    void terminate() override { ++terminations; }
+
+    int terminations = 0;
 };
 
 } // namespace keldra

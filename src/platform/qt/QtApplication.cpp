@@ -49,4 +49,9 @@ QtApplication::QtApplication(QString version, QString build)
         });
 }
 
+void QtApplication::terminate() {
+    // A window may veto QGuiApplication::quit(); who asks here has asked the user already.
+    QCoreApplication::exit();
+}
+
 } // namespace keldra

@@ -10,6 +10,7 @@ class QtApplication final : public Application {
 public:
     QtApplication(QString version, QString build);
     ApplicationFacts facts() const override { return m_facts; }
+    void terminate() override;
 
 private:
     ApplicationFacts m_facts;

@@ -1,0 +1,3 @@
+#include "app/AppModelFields.h"
+
+// The signals are written by moc, which wants a source file here.

@@ -1,0 +1,22 @@
+#include "app/AppNotice.h"
+
+namespace keldra {
+
+Duration noticeLifetime(AppNotice::Kind kind) {
+    return std::chrono::seconds(kind == AppNotice::Kind::error ? 6 : 4);
+}
+
+std::optional<AppNotice::Action> noticeAction(const QString& text) {
+    const auto mentions = [&](QLatin1String word) { return text.contains(word, Qt::CaseInsensitive); };
+    if (!mentions(QLatin1String("access")) && !mentions(QLatin1String("permission")))
+        return std::nullopt;
+    if (mentions(QLatin1String("camera")))
+        return SettingsPage::camera;
+    if (mentions(QLatin1String("microphone")))
+        return SettingsPage::microphone;
+    if (mentions(QLatin1String("screen")))
+        return SettingsPage::screenCapture;
+    return std::nullopt;
+}
+
+} // namespace keldra

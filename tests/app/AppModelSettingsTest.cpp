@@ -1,0 +1,213 @@
+#include "app/AppWorld.h"
+
+namespace keldra {
+namespace {
+
+using namespace std::chrono_literals;
+using testing::AppWorld;
+namespace keys = preferenceKeys;
+
+class AppModelSettings : public AppWorld {
+protected:
+    void chooseFolder(const Result<std::optional<QUrl>>& choice) {
+        dialogs->choice = choice;
+        model->chooseOutputDirectory();
+        time.advance(100ms);
+    }
+};
+
+TEST_F(AppModelSettings, AreLoaded) {
+    const QString output = folder.filePath("output");
+    QDir().mkpath(output);
+    preferences.setValue(keys::showClickIndicators, false);
+    preferences.setValue(keys::clickSoundEnabled, true);
+    preferences.setValue(keys::clickSoundStyle, ClickSoundStyle::classic);
+    preferences.setValue(keys::analyticsEnabled, true);
+    preferences.setValue(keys::countdownDuration, CountdownDuration::ten);
+    preferences.setValue(keys::clickIndicatorIntensity, 9);
+    preferences.setValue(keys::showCursorHighlight, true);
+    preferences.setValue(keys::cursorHighlightIntensity, 0.05);
+    preferences.setValue(keys::cursorHighlightSize, 200);
+    preferences.setValue(keys::recordingQuality, RecordingQuality::medium);
+    preferences.setValue(keys::outputDirectoryPath, output);
+    preferences.setValue(keys::cameraOverlaySize, CameraOverlaySize::small);
+    preferences.setValue(keys::cameraOverlayShape, CameraOverlayShape::roundedSquare);
+    makeModel();
+    EXPECT_FALSE(model->showClickIndicators());
+    EXPECT_TRUE(model->clickSoundEnabled());
+    EXPECT_EQ(model->clickSoundStyle(), ClickSoundStyle::classic);
+    EXPECT_TRUE(model->analyticsEnabled());
+    EXPECT_EQ(model->countdownDuration(), CountdownDuration::ten);
+    EXPECT_EQ(model->clickIndicatorIntensity(), 2);
+    EXPECT_TRUE(model->showCursorHighlight());
+    EXPECT_EQ(model->cursorHighlightIntensity(), 0.05) << "as stored";
+    EXPECT_EQ(model->cursorHighlightSize(), 200) << "as stored";
+    EXPECT_EQ(model->recordingQuality(), RecordingQuality::medium);
+    EXPECT_EQ(model->outputDirectoryURL(), QUrl::fromLocalFile(output));
+    EXPECT_EQ(model->cameraOverlaySize(), CameraOverlaySize::small);
+    EXPECT_EQ(model->cameraOverlayShape(), CameraOverlayShape::roundedSquare);
+
+    const PointerEffectsSnapshot effects = pointerMonitor->snapshot();
+    EXPECT_EQ(effects.cursorHighlightIntensity, 0.2) << "within bounds";
+    EXPECT_EQ(effects.cursorHighlightSize, 80);
+    EXPECT_TRUE(pointerMonitor->isRunning());
+    EXPECT_EQ(stored("preferences.cursorHighlightSize"), "200");
+}
+
+TEST_F(AppModelSettings, AreStoredAndWritten) {
+    makeModel();
+    model->setShowClickIndicators(false);
+    model->setClickSoundEnabled(true);
+    model->setClickSoundStyle(ClickSoundStyle::classic);
+    model->setAnalyticsEnabled(true);
+    model->setCountdownDuration(CountdownDuration::three);
+    model->setShowCursorHighlight(true);
+    model->setRecordingQuality(RecordingQuality::low);
+    model->toggleCameraOverlaySize();
+    model->toggleCameraOverlayShape();
+    EXPECT_FALSE(model->showClickIndicators());
+    EXPECT_EQ(model->countdownDuration(), CountdownDuration::three);
+    EXPECT_EQ(model->cameraOverlaySize(), CameraOverlaySize::small);
+    EXPECT_EQ(stored("preferences.showClickIndicators"), "false");
+    EXPECT_EQ(stored("preferences.clickSoundEnabled"), "true");
+    EXPECT_EQ(stored("preferences.clickSoundStyle"), "classic");
+    EXPECT_EQ(stored("analyticsEnabled"), "true");
+    EXPECT_EQ(stored("preferences.countdownSeconds"), "3");
+    EXPECT_EQ(stored("preferences.showCursorHighlight"), "true");
+    EXPECT_EQ(stored("preferences.recordingQuality"), "low");
+    EXPECT_EQ(stored("preferences.cameraOverlaySize"), "small");
+    EXPECT_EQ(stored("preferences.cameraOverlayShape"), "roundedSquare");
+    model->toggleCameraOverlaySize();
+    model->toggleCameraOverlayShape();
+    EXPECT_EQ(stored("preferences.cameraOverlaySize"), "large");
+    EXPECT_EQ(stored("preferences.cameraOverlayShape"), "circle");
+}
+
+TEST_F(AppModelSettings, AreClampedWhereTheyAreSliders) {
+    struct Row {
+        void (AppModel::*set)(double);
+        double (AppModelFields::*get)() const;
+        PreferenceKey<double> key;
+        double least;
+        double most;
+    };
+    const Row rows[] = {
+        {&AppModel::setClickIndicatorIntensity, &AppModelFields::clickIndicatorIntensity, keys::clickIndicatorIntensity,
+         0.5, 2},
+        {&AppModel::setCursorHighlightIntensity, &AppModelFields::cursorHighlightIntensity,
+         keys::cursorHighlightIntensity, 0.2, 1},
+        {&AppModel::setCursorHighlightSize, &AppModelFields::cursorHighlightSize, keys::cursorHighlightSize, 32, 80},
+    };
+    makeModel();
+    for (const Row& row : rows) {
+        const double middle = (row.least + row.most) / 2;
+        for (const auto& [value, wanted] : {std::pair(row.least - 1, row.least),
+                                            {row.most * 2, row.most},
+                                            {middle, middle},
+                                            {std::nan(""), row.least}}) {
+            ((*model).*row.set)(value);
+            EXPECT_EQ(((*model).*row.get)(), wanted) << row.key.name;
+            EXPECT_EQ(preferences.value(row.key), wanted) << row.key.name;
+        }
+    }
+    const PointerEffectsSnapshot effects = pointerMonitor->snapshot();
+    EXPECT_EQ(effects.clickIndicatorIntensity, 0.5);
+    EXPECT_EQ(effects.cursorHighlightSize, 32);
+}
+
+TEST_F(AppModelSettings, AnyPointerEffectKeepsTheMonitorRunning) {
+    makeModel();
+    EXPECT_TRUE(pointerMonitor->isRunning()) << "click indicators are on from the start";
+    model->setShowClickIndicators(false);
+    EXPECT_FALSE(pointerMonitor->isRunning());
+    for (const auto set :
+         {&AppModel::setShowClickIndicators, &AppModel::setClickSoundEnabled, &AppModel::setShowCursorHighlight}) {
+        ((*model).*set)(true);
+        EXPECT_TRUE(pointerMonitor->isRunning());
+        ((*model).*set)(false);
+        EXPECT_FALSE(pointerMonitor->isRunning());
+    }
+}
+
+TEST_F(AppModelSettings, ConsentStartsAndEndsTheReports) {
+    makeModel().setCurrentSelection(wholeDisplay);
+    press();
+    press();
+    finish(take);
+    EXPECT_EQ(telemetrySent(), QStringList());
+    model->setAnalyticsEnabled(true);
+    Q_EMIT analytics.application.didBecomeActive();
+    model->setCurrentSelection(wholeDisplay);
+    press();
+    EXPECT_EQ(telemetrySent(), QStringList{"recording_started"});
+    model->setAnalyticsEnabled(false);
+    press();
+    finish(take);
+    EXPECT_EQ(telemetrySent(), QStringList{"recording_started"});
+}
+
+TEST_F(AppModelSettings, TheCameraPreviewHasTheHeightOfItsBubble) {
+    makeModel();
+    EXPECT_EQ(model->cameraPreviewHeight(), 50);
+    model->toggleCamera();
+    time.settle();
+    EXPECT_EQ(model->cameraPreviewHeight(), 288);
+    model->toggleCameraOverlaySize();
+    EXPECT_EQ(model->cameraPreviewHeight(), 228);
+}
+
+TEST_F(AppModelSettings, AFolderIsChosen) {
+    const QUrl before = makeModel().outputDirectoryURL();
+    const QUrl chosen = QUrl::fromLocalFile(folder.filePath("a, é"));
+    model->setIsSettingsPresented(true);
+    dialogs->answers.holds = true;
+    dialogs->choice = std::optional(chosen);
+    model->chooseOutputDirectory();
+    EXPECT_FALSE(model->isSettingsPresented());
+    time.advance(79ms);
+    EXPECT_TRUE(dialogs->shown.isEmpty());
+    time.advance(1ms);
+    EXPECT_EQ(dialogs->shown, (QList<FolderDialog>{{"Recording folder", "Select", before}}));
+    EXPECT_FALSE(model->isSettingsPresented());
+    dialogs->answers.releaseAll();
+    time.settle();
+
+    EXPECT_EQ(model->outputDirectoryURL(), chosen);
+    EXPECT_EQ(stored("preferences.outputDirectoryPath"), chosen.toLocalFile());
+    EXPECT_TRUE(model->isSettingsPresented());
+    ASSERT_TRUE(model->notice());
+    EXPECT_EQ(*model->notice(), (AppNotice{model->notice()->id, AppNotice::Kind::info, "Output folder updated"}));
+    time.advance(3999ms);
+    EXPECT_TRUE(model->notice());
+    time.advance(1ms);
+    EXPECT_FALSE(model->notice());
+}
+
+TEST_F(AppModelSettings, AFolderThatIsNotChosenChangesNothing) {
+    const QUrl before = makeModel().outputDirectoryURL();
+    for (const Result<std::optional<QUrl>>& choice :
+         {Result<std::optional<QUrl>>(std::nullopt), Result<std::optional<QUrl>>(keldra::fail(diskFull))}) {
+        for (const bool isPresented : {true, false}) {
+            model->setIsSettingsPresented(isPresented);
+            chooseFolder(choice);
+            EXPECT_EQ(model->isSettingsPresented(), isPresented);
+        }
+    }
+    EXPECT_EQ(dialogs->shown.size(), 4);
+    EXPECT_EQ(model->outputDirectoryURL(), before);
+    EXPECT_FALSE(stored("preferences.outputDirectoryPath").isValid());
+    EXPECT_TRUE(notices.isEmpty());
+}
+
+TEST_F(AppModelSettings, EverySetIsTold) {
+    makeModel();
+    QList<bool> values;
+    QObject::connect(model.get(), &AppModelFields::isSettingsPresentedChanged,
+                     [&](bool value) { values.append(value); });
+    for (const bool value : {true, true, false})
+        model->setIsSettingsPresented(value);
+    EXPECT_EQ(values, (QList<bool>{true, true, false}));
+}
+
+} // namespace
+} // namespace keldra

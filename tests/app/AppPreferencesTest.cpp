@@ -1,0 +1,362 @@
+#include "app/AppPreferences.h"
+
+#include "app/SettingsFile.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace keldra {
+namespace {
+
+namespace keys = preferenceKeys;
+
+/// Two settings files and the user's folders, all in a place of their own.
+class AppPreferencesTest : public testing::Test {
+protected:
+    AppPreferencesTest() { QDir(folder.path()).mkpath("Desktop"); }
+
+    QString path(const QString& name) const { return folder.filePath(name); }
+
+    void write(const QString& name, const QByteArray& text) {
+        QFile file(path(name));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+        file.write(text);
+    }
+
+    AppPreferences open() {
+        return AppPreferences(openSettings(path("current.ini")), openSettings(path("legacy.ini")),
+                              {path("Desktop"), folder.path()});
+    }
+
+    QMap<QString, QString> stored(const QString& name = "current.ini") {
+        const auto settings = openSettings(path(name));
+        QMap<QString, QString> values;
+        for (const QString& key : settings->allKeys())
+            values[key] = settings->value(key).toString();
+        return values;
+    }
+
+    QTemporaryDir folder;
+};
+
+/// Everything that is read from a settings file.
+struct Values {
+    bool hasCompletedOnboarding = false;
+    bool hasCompletedInterfaceTour = false;
+    bool analyticsEnabled = false;
+    std::optional<QDateTime> updateReminderDate{};
+    bool showClickIndicators = true;
+    bool clickSoundEnabled = false;
+    ClickSoundStyle clickSoundStyle = ClickSoundStyle::soft;
+    CountdownDuration countdownDuration = CountdownDuration::five;
+    double clickIndicatorIntensity = 1;
+    bool showCursorHighlight = false;
+    double cursorHighlightIntensity = 0.65;
+    double cursorHighlightSize = 48;
+    QString cameraDeviceID{};
+    QString microphoneDeviceID{};
+    RecordingQuality recordingQuality = RecordingQuality::high;
+    CameraOverlaySize cameraOverlaySize = CameraOverlaySize::large;
+    CameraOverlayShape cameraOverlayShape = CameraOverlayShape::circle;
+    friend bool operator==(const Values&, const Values&) = default;
+};
+
+Values read(const AppPreferences& from) {
+    return {from.value(keys::hasCompletedOnboarding),   from.value(keys::hasCompletedInterfaceTour),
+            from.value(keys::analyticsEnabled),         from.updateReminderDate(),
+            from.value(keys::showClickIndicators),      from.value(keys::clickSoundEnabled),
+            from.value(keys::clickSoundStyle),          from.value(keys::countdownDuration),
+            from.loadClickIndicatorIntensity(),         from.value(keys::showCursorHighlight),
+            from.value(keys::cursorHighlightIntensity), from.value(keys::cursorHighlightSize),
+            from.value(keys::cameraDeviceID),           from.value(keys::microphoneDeviceID),
+            from.value(keys::recordingQuality),         from.value(keys::cameraOverlaySize),
+            from.value(keys::cameraOverlayShape)};
+}
+
+struct Row {
+    const char* name;
+    QByteArray text;
+    Values values;
+};
+
+class AppPreferencesReading : public AppPreferencesTest, public testing::WithParamInterface<Row> {};
+
+TEST_P(AppPreferencesReading, ReadsWhatIsUsableAndFallsBackOtherwise) {
+    write("current.ini", "[General]\n" + GetParam().text + "\n");
+    EXPECT_EQ(read(open()), GetParam().values);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, AppPreferencesReading,
+    testing::Values(
+        Row{"nothing", "", {}},
+        Row{"everything",
+            "hasCompletedOnboarding=true\nhasCompletedInterfaceTour=1\nanalyticsEnabled=TRUE\n"
+            "updateReminderDate=2026-03-01T10:20:30.456Z\npreferences.showClickIndicators=false\n"
+            "preferences.clickSoundEnabled=true\npreferences.clickSoundStyle=classic\n"
+            "preferences.countdownSeconds=10\npreferences.clickIndicatorIntensity=1.5\n"
+            "preferences.showCursorHighlight=true\npreferences.cursorHighlightIntensity=0.3\n"
+            "preferences.cursorHighlightSize=60.5\npreferences.cameraDeviceID=cam\n"
+            "preferences.microphoneDeviceID=\"alsa_input.pci-0000_00, 1f\"\npreferences.recordingQuality=low\n"
+            "preferences.cameraOverlaySize=small\npreferences.cameraOverlayShape=roundedSquare",
+            {true, true, true, QDateTime(QDate(2026, 3, 1), QTime(10, 20, 30, 456), Qt::UTC), false, true,
+             ClickSoundStyle::classic, CountdownDuration::ten, 1.5, true, 0.3, 60.5, "cam",
+             "alsa_input.pci-0000_00, 1f", RecordingQuality::low, CameraOverlaySize::small,
+             CameraOverlayShape::roundedSquare}},
+        Row{"middleChoices",
+            "preferences.countdownSeconds=3\npreferences.recordingQuality=medium",
+            {.countdownDuration = CountdownDuration::three, .recordingQuality = RecordingQuality::medium}},
+        Row{"unknownWords",
+            "preferences.clickSoundStyle=Classic\npreferences.recordingQuality=ultra\n"
+            "preferences.cameraOverlaySize=medium\npreferences.cameraOverlayShape=square\n"
+            "preferences.countdownSeconds=7",
+            {}},
+        Row{"countdownBetween", "preferences.countdownSeconds=4", {}},
+        Row{"countdownHuge", "preferences.countdownSeconds=30000000000000000000", {}},
+        Row{"wrongTypes",
+            "hasCompletedOnboarding=banana\nanalyticsEnabled=\npreferences.showClickIndicators=x\n"
+            "updateReminderDate=tomorrow\npreferences.clickIndicatorIntensity=strong\n"
+            "preferences.cursorHighlightIntensity=true\npreferences.cursorHighlightSize=\"48,5\"\n"
+            "preferences.recordingQuality=1",
+            {}},
+        Row{"lists",
+            "hasCompletedOnboarding=true, true\npreferences.showClickIndicators=false, false\n"
+            "preferences.cameraDeviceID=a, b\npreferences.cursorHighlightSize=1, 2\n"
+            "preferences.recordingQuality=low, low\nupdateReminderDate=2026-03-01T10:20:30Z, x",
+            {}},
+        Row{"binary",
+            "hasCompletedOnboarding=@ByteArray(true)\npreferences.showClickIndicators=@Invalid()\n"
+            "preferences.cameraDeviceID=@Rect(1 2 3 4)\npreferences.microphoneDeviceID=@Variant(\\0\\0\\0\\x8)\n"
+            "updateReminderDate=@DateTime(\\xff)",
+            {}},
+        Row{"notFinite",
+            "preferences.clickIndicatorIntensity=nan\npreferences.cursorHighlightIntensity=inf\n"
+            "preferences.cursorHighlightSize=1e999",
+            {}},
+        Row{"outOfBounds", // only one of the three is clamped
+            "preferences.clickIndicatorIntensity=9\npreferences.cursorHighlightIntensity=-3\n"
+            "preferences.cursorHighlightSize=200",
+            {.clickIndicatorIntensity = 2, .cursorHighlightIntensity = -3, .cursorHighlightSize = 200}},
+        Row{"belowBounds", "preferences.clickIndicatorIntensity=0", {.clickIndicatorIntensity = 0.5}},
+        Row{"otherNumbersAreTrue",
+            "hasCompletedOnboarding=2\npreferences.showClickIndicators=0.0",
+            {.hasCompletedOnboarding = true, .showClickIndicators = false}},
+        Row{"dateOfAnotherOffset",
+            "updateReminderDate=2026-03-01T10:20:30+02:00",
+            {.updateReminderDate = QDateTime(QDate(2026, 3, 1), QTime(8, 20, 30), Qt::UTC)}}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(AppPreferencesTest, ReadsBackWhatItWroteInThisRunAndTheNext) {
+    const Values wanted{true,
+                        true,
+                        true,
+                        QDateTime(QDate(2026, 3, 1), QTime(10, 20, 30, 456), Qt::UTC),
+                        false,
+                        true,
+                        ClickSoundStyle::classic,
+                        CountdownDuration::three,
+                        0.1 + 0.6,
+                        true,
+                        1.0 / 3,
+                        77,
+                        "@cam,\"é\\\n",
+                        "mic",
+                        RecordingQuality::medium,
+                        CameraOverlaySize::small,
+                        CameraOverlayShape::roundedSquare};
+    {
+        AppPreferences preferences = open();
+        preferences.setValue(keys::hasCompletedOnboarding, wanted.hasCompletedOnboarding);
+        preferences.setValue(keys::hasCompletedInterfaceTour, wanted.hasCompletedInterfaceTour);
+        preferences.setValue(keys::analyticsEnabled, wanted.analyticsEnabled);
+        preferences.setUpdateReminderDate(wanted.updateReminderDate);
+        preferences.setValue(keys::showClickIndicators, wanted.showClickIndicators);
+        preferences.setValue(keys::clickSoundEnabled, wanted.clickSoundEnabled);
+        preferences.setValue(keys::clickSoundStyle, wanted.clickSoundStyle);
+        preferences.setValue(keys::countdownDuration, wanted.countdownDuration);
+        preferences.setValue(keys::clickIndicatorIntensity, wanted.clickIndicatorIntensity);
+        preferences.setValue(keys::showCursorHighlight, wanted.showCursorHighlight);
+        preferences.setValue(keys::cursorHighlightIntensity, wanted.cursorHighlightIntensity);
+        preferences.setValue(keys::cursorHighlightSize, wanted.cursorHighlightSize);
+        preferences.setValue(keys::cameraDeviceID, wanted.cameraDeviceID);
+        preferences.setValue(keys::microphoneDeviceID, wanted.microphoneDeviceID);
+        preferences.setValue(keys::recordingQuality, wanted.recordingQuality);
+        preferences.setValue(keys::cameraOverlaySize, wanted.cameraOverlaySize);
+        preferences.setValue(keys::cameraOverlayShape, wanted.cameraOverlayShape);
+        EXPECT_EQ(read(preferences), wanted);
+        EXPECT_EQ(read(open()), wanted) << "two of them share the file";
+    }
+    // A copy is a file that this process has not seen, as the next run's is.
+    ASSERT_TRUE(QFile::copy(path("current.ini"), path("next.ini")));
+    const AppPreferences next(openSettings(path("next.ini")), openSettings(path("legacy.ini")), {});
+    EXPECT_EQ(read(next), wanted);
+}
+
+TEST_F(AppPreferencesTest, TheUsersOwnLieInTheConfigurationFolder) {
+    const QByteArray before = qgetenv("XDG_CONFIG_HOME");
+    qputenv("XDG_CONFIG_HOME", folder.path().toUtf8());
+    QDir(folder.path()).mkpath("TurvexCaptureNative");
+    write("TurvexCaptureNative/TurvexCaptureNative.ini", "[General]\npreferences.recordingQuality=low\n");
+    AppPreferences::ofUser()->setValue(keys::analyticsEnabled, true);
+    EXPECT_EQ(stored("KELDRA/KELDRA.ini"), (QMap<QString, QString>{{"analyticsEnabled", "true"},
+                                                                   {"branding.migratedLegacyPreferences", "true"},
+                                                                   {"preferences.recordingQuality", "low"}}));
+    before.isNull() ? qunsetenv("XDG_CONFIG_HOME") : qputenv("XDG_CONFIG_HOME", before);
+}
+
+TEST_F(AppPreferencesTest, NoneRemovesTheSetting) {
+    AppPreferences preferences = open();
+    preferences.setUpdateReminderDate(QDateTime(QDate(2026, 3, 1), QTime(10, 0), Qt::UTC));
+    preferences.setValue(keys::cameraDeviceID, "cam");
+    preferences.setUpdateReminderDate(std::nullopt);
+    preferences.setValue(keys::cameraDeviceID, QString());
+    EXPECT_EQ(stored(), (QMap<QString, QString>()));
+}
+
+struct MigrationRow {
+    const char* name;
+    QByteArray current;
+    QByteArray legacy;
+    QMap<QString, QString> wanted;
+};
+
+class AppPreferencesMigration : public AppPreferencesTest, public testing::WithParamInterface<MigrationRow> {};
+
+TEST_P(AppPreferencesMigration, TakesOverWhatIsNotSet) {
+    write("current.ini", "[General]\n" + GetParam().current + "\n");
+    if (!GetParam().legacy.isNull())
+        write("legacy.ini", "[General]\n" + GetParam().legacy + "\n");
+    const auto legacyBefore = stored("legacy.ini");
+
+    AppPreferences preferences = open();
+    preferences.migrateLegacyPreferences();
+    preferences.removeLegacyKeys();
+    EXPECT_EQ(stored(), GetParam().wanted);
+    EXPECT_EQ(stored("legacy.ini"), legacyBefore);
+    EXPECT_EQ(QFile::exists(path("legacy.ini")), !GetParam().legacy.isNull());
+}
+
+const QString done = "branding.migratedLegacyPreferences";
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, AppPreferencesMigration,
+    testing::Values(
+        MigrationRow{"noLegacyDomain", "", {}, {{done, "true"}}},
+        MigrationRow{"emptyLegacyDomain", "", "", {{done, "true"}}},
+        MigrationRow{
+            "whatIsSetWins",
+            "preferences.recordingQuality=low",
+            "preferences.recordingQuality=high\npreferences.cursorHighlightSize=60",
+            {{done, "true"}, {"preferences.recordingQuality", "low"}, {"preferences.cursorHighlightSize", "60"}}},
+        MigrationRow{"whatIsSetToNonsenseWinsToo",
+                     "preferences.recordingQuality=ultra",
+                     "preferences.recordingQuality=low",
+                     {{done, "true"}, {"preferences.recordingQuality", "ultra"}}},
+        MigrationRow{"nonsenseIsCopiedAsItStands",
+                     "",
+                     "preferences.countdownSeconds=banana",
+                     {{done, "true"}, {"preferences.countdownSeconds", "banana"}}},
+        MigrationRow{"guardOfFalseStopsItToo", done.toLatin1() + "=false", "analyticsEnabled=true", {{done, "false"}}},
+        MigrationRow{"shapeAndStrangersStay",
+                     "",
+                     "preferences.cameraOverlayShape=circle\nunknown=1\nanalyticsEnabled=true",
+                     {{done, "true"}, {"preferences.cameraOverlayShape", "circle"}, {"analyticsEnabled", "true"}}},
+        MigrationRow{"keysOfTheEarlierName",
+                     "TurvexCaptureNative.window=1\nxTurvexCaptureNativex=2\nturvexcapturenative=3\n"
+                     "[TurvexCaptureNative]\na=4\nb=5\n[Kept]\nc=TurvexCaptureNative",
+                     {},
+                     {{done, "true"}, {"turvexcapturenative", "3"}, {"Kept/c", "TurvexCaptureNative"}}}),
+    [](const auto& row) { return std::string(row.param.name); });
+
+TEST_F(AppPreferencesTest, MigratesOnce) {
+    write("legacy.ini", "[General]\nanalyticsEnabled=true\n");
+    open().migrateLegacyPreferences();
+    AppPreferences later = open();
+    later.setValue(keys::analyticsEnabled, false);
+    openSettings(path("legacy.ini"))->setValue("hasCompletedOnboarding", true);
+    later.migrateLegacyPreferences();
+    EXPECT_EQ(read(later), Values());
+}
+
+TEST_F(AppPreferencesTest, FindsTheOutputFolderThatExists) {
+    const QString chosen = path("chosen, with é and %20");
+    AppPreferences preferences = open();
+    const auto folderNow = [&] { return preferences.loadOutputDirectory(); };
+    EXPECT_EQ(folderNow(), QUrl::fromLocalFile(path("Desktop")));
+
+    preferences.setValue(keys::outputDirectoryPath, chosen);
+    EXPECT_EQ(folderNow(), QUrl::fromLocalFile(path("Desktop"))) << "not there yet";
+    QDir().mkpath(chosen);
+    EXPECT_EQ(folderNow(), QUrl::fromLocalFile(chosen));
+    QDir().rmdir(chosen);
+    write("chosen, with é and %20", "a file");
+    EXPECT_EQ(folderNow(), QUrl::fromLocalFile(path("Desktop"))) << "no folder";
+    EXPECT_EQ(preferences.value(keys::outputDirectoryPath), chosen) << "stays set";
+    QFile::remove(chosen);
+    QDir().mkpath(chosen);
+    EXPECT_EQ(folderNow(), QUrl::fromLocalFile(chosen)) << "is back";
+
+    for (const QString& bad :
+         {QString("."), QString(5000, 'x'), "/" + QString(5000, 'x'), QString("/tmp") + QChar(0) + "x"}) {
+        preferences.setValue(keys::outputDirectoryPath, bad);
+        EXPECT_EQ(folderNow(), QUrl::fromLocalFile(path("Desktop"))) << bad.toStdString();
+    }
+    QDir().rmdir(path("Desktop"));
+    EXPECT_EQ(folderNow(), QUrl::fromLocalFile(folder.path()));
+}
+
+TEST_F(AppPreferencesTest, ACorruptFileIsStillAPlaceToWriteTo) {
+    const QByteArray corruptions[] = {
+        QByteArray(20000, '\0'),
+        QByteArray("[General\nno value\n===\n\xff\xfe\x80=\xc3\x28\n[[[]]]\n%zz%u=1\n\"unfinished"),
+        QByteArray("[General]\npreferences.recordingQuality=\"lo\\x"),
+        QByteArray("[General]\n") + QByteArray(30000, '['),
+        QByteArray("\x7f"
+                   "ELF\x02\x01\x01",
+                   7),
+    };
+    int number = 0;
+    for (const QByteArray& corruption : corruptions) {
+        const QString name = QString("corrupt%1.ini").arg(++number);
+        write(name, corruption);
+        AppPreferences preferences(openSettings(path(name)), openSettings(path("legacy.ini")), {});
+        preferences.migrateLegacyPreferences();
+        preferences.removeLegacyKeys();
+        EXPECT_EQ(read(preferences), Values()) << name.toStdString();
+        preferences.setValue(keys::recordingQuality, RecordingQuality::low);
+        EXPECT_EQ(stored(name).value("preferences.recordingQuality"), "low") << name.toStdString();
+    }
+}
+
+/// A list in a list in a list...: eight bytes a level.
+QByteArray nestedLists(int levels) {
+    return "[General]\nanalyticsEnabled=@Variant(" + QByteArray("\0\0\0\x09\0\0\0\x01", 8).repeated(levels) + ")\n";
+}
+
+TEST_F(AppPreferencesTest, WhatCannotBeOursIsSetAside) {
+    write("nested.ini", nestedLists(500000));
+    QDir(folder.path()).mkpath("folder.ini");
+    ASSERT_TRUE(QFile::link("/dev/zero", path("endless.ini")));
+    for (const QString& name : {QString("nested.ini"), QString("folder.ini"), QString("endless.ini")}) {
+        const auto settings = openSettings(path(name));
+        EXPECT_EQ(settings->allKeys(), QStringList()) << name.toStdString();
+        settings->setValue("a", 1);
+        settings->sync();
+        EXPECT_EQ(settings->status(), QSettings::NoError);
+        EXPECT_TRUE(QFileInfo::exists(path(name + ".damaged"))) << name.toStdString();
+        EXPECT_TRUE(QFileInfo(path(name)).isFile());
+    }
+}
+
+TEST_F(AppPreferencesTest, TheDeepestNestingThatFitsIsRead) {
+    const QByteArray text = nestedLists(4090);
+    ASSERT_LT(text.size(), 32 * 1024);
+    write("current.ini", text);
+    EXPECT_EQ(read(open()), Values());
+}
+
+} // namespace
+} // namespace keldra
