@@ -130,7 +130,7 @@ void StreamRecordingSession::handleFrame(ScreenFrame frame) {
 
     const MediaTime time = stamp(frame.time);
     m_latestSourceFrame = croppedFrame(frame.pixels);
-    const FrameOverlays overlays = readOverlays();
+    const FrameOverlays overlays = readOverlays(false);
     const PixelBuffer decorated = m_decorator.decorated(m_latestSourceFrame, overlays);
     if (!append(decorated ? decorated : m_latestSourceFrame, time, decorated && showsBubble(overlays)))
         ++m_droppedFrameCount;
@@ -207,7 +207,7 @@ void StreamRecordingSession::handleSound(const AudioBuffer& sound) {
         finishIfWriterFailed();
 }
 
-FrameOverlays StreamRecordingSession::readOverlays() const {
+FrameOverlays StreamRecordingSession::readOverlays(bool isRedraw) const {
     const OverlaySources& sources = m_parts.overlays;
     FrameOverlays overlays;
     if (sources.pointerEffects)
@@ -217,9 +217,9 @@ FrameOverlays StreamRecordingSession::readOverlays() const {
     if (overlays.camera.isVisible)
         overlays.cameraPicture = sources.latestCameraFrame();
     const PointerEffectsSnapshot& effects = overlays.effects;
+    const bool placesHighlight = effects.showsCursorHighlight && (!isRedraw || m_lastHadBubble);
     // Only when it is needed: the desktop has to be asked.
-    if (overlays.cameraPicture || effects.showsCursorHighlight || effects.isClickPressActive ||
-        !effects.clickRipples.empty())
+    if (overlays.cameraPicture || placesHighlight || effects.isClickPressActive || !effects.clickRipples.empty())
         overlays.space = overlaySpaceOf(m_parts.selection, *m_parts.screens, *m_parts.windows, m_parts.outputWidth,
                                         m_parts.outputHeight);
     return overlays;
@@ -252,7 +252,7 @@ void StreamRecordingSession::tick() {
 void StreamRecordingSession::redraw(MediaTime now) {
     if (!m_latestSourceFrame || !m_parts.videoInput->isReadyForMoreMediaData())
         return;
-    const FrameOverlays overlays = readOverlays();
+    const FrameOverlays overlays = readOverlays(true);
     const bool hasBubble = showsBubble(overlays);
     const bool isLastOld = !m_lastAppendedAt.isValid() || now - m_lastAppendedAt >= bubbleInterval;
     const bool isBubbleDue = (hasBubble || m_lastHadBubble) && isLastOld;

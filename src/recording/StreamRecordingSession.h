@@ -95,7 +95,8 @@ private:
     PixelBuffer croppedFrame(const PixelBuffer& picture);
     PixelBuffer fittedToOutput(const PixelBuffer& picture, PixelRect crop);
 
-    FrameOverlays readOverlays() const;
+    /// A highlight alone redraws nothing, so it need not be placed then.
+    FrameOverlays readOverlays(bool isRedraw) const;
     bool append(const PixelBuffer& frame, MediaTime time, bool hasBubble);
     void startTicks();
     void tick();
