@@ -82,7 +82,8 @@ private:
     void deliver(const Order& order, PixelBuffer picture);
     void report(std::uint64_t aimNumber, Error error);
     /// Decodes one more picture for the frames before this one. False when enough of them are there.
-    [[nodiscard]] Result<bool> readBackwards(MediaTime time, const std::vector<std::int32_t>& trackIDs, double seconds);
+    [[nodiscard]] Result<bool> readBackwards(MediaTime time, const std::vector<std::int32_t>& trackIDs,
+                                             BackwardReader::Want want);
     bool isAimed(std::uint64_t aimNumber) const;
 
     const std::shared_ptr<const Composition> m_composition;
