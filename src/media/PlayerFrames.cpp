@@ -58,6 +58,11 @@ void PlayerFrames::aim(std::int64_t index, int direction) {
     wakeUp();
 }
 
+void PlayerFrames::setStep(int step) {
+    const std::lock_guard guard(m_lock);
+    m_step = step;
+}
+
 void PlayerFrames::setVideoComposition(VideoComposition videoComposition) {
     auto look = makeLook(std::move(videoComposition));
     const std::lock_guard guard(m_lock);
@@ -81,9 +86,9 @@ PixelBuffer PlayerFrames::take(std::int64_t due) {
             m_droppedCount += taken ? 1 : 0;
             taken = std::move(m_ready.front().picture);
         }
-        if (m_direction != 0 && m_next && (due - *m_next) * sign > tolerableDelay) {
-            const std::int64_t next = due + sign * skippedWhenLate;
-            m_droppedCount += std::abs(next - *m_next);
+        if (m_direction != 0 && m_next && (due - *m_next) * sign > tolerableDelay * m_step) {
+            const std::int64_t next = due + sign * skippedWhenLate * m_step;
+            m_droppedCount += std::abs(next - *m_next) / m_step;
             m_next = next;
         }
     }
@@ -99,6 +104,11 @@ std::int64_t PlayerFrames::droppedCount() const {
 std::int64_t PlayerFrames::indexAt(double seconds) const {
     const std::lock_guard guard(m_lock);
     return std::int64_t(std::floor((seconds + frameTolerance) / m_look->video.frameDuration.seconds()));
+}
+
+double PlayerFrames::framesPerSecond() const {
+    const std::lock_guard guard(m_lock);
+    return 1 / m_look->video.frameDuration.seconds();
 }
 
 std::int64_t PlayerFrames::frameCount() const {
@@ -133,7 +143,7 @@ std::optional<PlayerFrames::Order> PlayerFrames::nextOrder() {
         return std::nullopt;
     }
     Order order{*m_next, m_aimNumber, m_direction, m_look};
-    m_next = m_direction == 0 ? std::nullopt : std::optional(*m_next + m_direction);
+    m_next = m_direction == 0 ? std::nullopt : std::optional(*m_next + m_direction * m_step);
     ++m_underWay;
     return order;
 }
