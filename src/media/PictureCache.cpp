@@ -61,6 +61,16 @@ std::optional<MediaTime> PictureCache::keptFrom(const TrackKey& track, MediaTime
     return at->first;
 }
 
+void PictureCache::touch(const TrackKey& track, const MediaTimeRange& range) {
+    const std::lock_guard guard(m_lock);
+    const auto known = m_tracks.find(track);
+    if (known == m_tracks.end())
+        return;
+    auto each = known->second.lower_bound(range.start);
+    for (; each != known->second.end() && each->first <= range.end(); ++each)
+        m_entries.splice(m_entries.begin(), m_entries, each->second);
+}
+
 std::size_t PictureCache::usedBytes() const {
     const std::lock_guard guard(m_lock);
     return m_usedBytes;

@@ -30,6 +30,10 @@ public:
     /// From where on pictures are kept without a hole up to the one on screen at `time`; nothing when that is not kept.
     std::optional<MediaTime> keptFrom(const TrackKey& track, MediaTime time) const;
 
+    /// Counts the pictures that begin in `range`, its end included, as used just now.
+    void touch(const TrackKey& track, const MediaTimeRange& range);
+
+    static std::size_t bytesOf(const PixelBuffer& picture);
     std::size_t budgetBytes() const { return m_budgetBytes; }
     std::size_t usedBytes() const;
 
@@ -42,7 +46,6 @@ private:
     using Entries = std::list<Entry>;
     using Track = std::map<MediaTime, Entries::iterator>;
 
-    static std::size_t bytesOf(const PixelBuffer& picture);
     static Track::const_iterator entryAt(const Track& track, MediaTime time);
     void remove(Entries::iterator entry);
 

@@ -12,6 +12,8 @@ using namespace std::chrono_literals;
 constexpr Duration tickPeriod = 10ms;
 /// Seconds that play waits for its first picture and sound before it begins without them.
 constexpr double longestHold = 0.5;
+/// What a screen shows; faster play leaves frames out from the start.
+constexpr double mostFramesPerSecond = 60;
 
 } // namespace
 
@@ -128,6 +130,10 @@ void Player::setRate(double rate) {
 void Player::goFrom(double seconds, Frames frames) {
     m_heldSince = m_hostClock->now();
     m_clock = {m_heldSince, seconds, 0};
+    if (m_frames) {
+        const double wanted = m_frames->framesPerSecond() * std::abs(m_rate);
+        m_frames->setStep(std::max(1, int(wanted / mostFramesPerSecond + 0.01)));
+    }
     if (m_frames && frames == Frames::made)
         m_frames->aim(indexAt(seconds), direction());
     const bool sounds = m_sound && m_sound->hasSound() && m_rate > 0;
@@ -171,12 +177,16 @@ void Player::tick() {
         }
 }
 
+std::optional<PlayerSound::Heard> Player::lastHeard(MediaTime now) const {
+    const auto heard = m_sound ? m_sound->heard() : std::nullopt;
+    // A word from long ago says nothing: the device has gone.
+    return heard && (now - heard->hostTime).seconds() < longestHold ? heard : std::nullopt;
+}
+
 void Player::followSound(MediaTime now) {
     if (!m_sound || m_rate <= 0)
         return;
-    const auto heard = m_sound->heard();
-    // A word from long ago says nothing: the device has gone.
-    if (heard && (now - heard->hostTime).seconds() < longestHold)
+    if (const auto heard = lastHeard(now))
         m_clock = {heard->hostTime, heard->seconds, m_rate};
 }
 
@@ -242,7 +252,7 @@ PixelBuffer Player::takePicture(MediaTime hostTime) {
 }
 
 std::optional<double> Player::driftFromSound() const {
-    const auto heard = m_sound ? m_sound->heard() : std::nullopt;
+    const auto heard = lastHeard(m_hostClock->now());
     if (!heard || m_isHeld || m_rate <= 0)
         return std::nullopt;
     return heard->seconds - m_clock.secondsAt(heard->hostTime);

@@ -83,6 +83,7 @@ private:
     enum class Frames { kept, made };
     void goFrom(double seconds, Frames frames);
     void tick();
+    std::optional<PlayerSound::Heard> lastHeard(MediaTime now) const;
     void followSound(MediaTime now);
     void stopAt(double seconds);
     void framesArrived();

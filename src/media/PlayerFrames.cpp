@@ -15,8 +15,6 @@ constexpr int mostAhead = 8;
 /// are there.
 constexpr int tolerableDelay = 2;
 constexpr int skippedWhenLate = 2;
-/// How far back pictures are decoded for reverse play, in seconds.
-constexpr double backwardSeconds = 1;
 /// Times come rounded to the nearest 1/600 s, which may lie just before the frame that is meant.
 constexpr double frameTolerance = 1.0 / 1200;
 
@@ -65,6 +63,11 @@ void PlayerFrames::aim(std::int64_t index, int direction) {
     wakeUp();
 }
 
+void PlayerFrames::setStep(int step) {
+    const std::lock_guard guard(m_lock);
+    m_step = step;
+}
+
 void PlayerFrames::setVideoComposition(VideoComposition videoComposition) {
     auto look = makeLook(std::move(videoComposition));
     const std::lock_guard guard(m_lock);
@@ -88,9 +91,9 @@ PixelBuffer PlayerFrames::take(std::int64_t due) {
             m_droppedCount += taken ? 1 : 0;
             taken = std::move(m_ready.front().picture);
         }
-        if (m_direction != 0 && m_next && (due - *m_next) * sign > tolerableDelay) {
-            const std::int64_t next = due + sign * skippedWhenLate;
-            m_droppedCount += std::abs(next - *m_next);
+        if (m_direction != 0 && m_next && (due - *m_next) * sign > tolerableDelay * m_step) {
+            const std::int64_t next = due + sign * skippedWhenLate * m_step;
+            m_droppedCount += std::abs(next - *m_next) / m_step;
             m_next = next;
         }
     }
@@ -106,6 +109,11 @@ std::int64_t PlayerFrames::droppedCount() const {
 std::int64_t PlayerFrames::indexAt(double seconds) const {
     const std::lock_guard guard(m_lock);
     return std::int64_t(std::floor((seconds + frameTolerance) / m_look->video.frameDuration.seconds()));
+}
+
+double PlayerFrames::framesPerSecond() const {
+    const std::lock_guard guard(m_lock);
+    return 1 / m_look->video.frameDuration.seconds();
 }
 
 std::int64_t PlayerFrames::frameCount() const {
@@ -140,7 +148,7 @@ std::optional<PlayerFrames::Order> PlayerFrames::nextOrder() {
         return std::nullopt;
     }
     Order order{*m_next, m_aimNumber, m_direction, m_look};
-    m_next = m_direction == 0 ? std::nullopt : std::optional(*m_next + m_direction);
+    m_next = m_direction == 0 ? std::nullopt : std::optional(*m_next + m_direction * m_step);
     ++m_underWay;
     return order;
 }
@@ -164,8 +172,9 @@ void PlayerFrames::work() {
     lock.unlock();
     const MediaTime time = look->video.frameDuration * next;
     const auto instruction = look->video.instructionAt(time);
-    const auto hasMore =
-        instruction ? readBackwards(time, instruction->requiredSourceTrackIDs, backwardSeconds) : Result<bool>(false);
+    const auto hasMore = instruction
+                             ? readBackwards(time, instruction->requiredSourceTrackIDs, BackwardReader::Want::ahead)
+                             : Result<bool>(false);
     if (!hasMore)
         return report(aimNumber, hasMore.error());
     if (*hasMore)
@@ -179,7 +188,7 @@ Result<void> PlayerFrames::make(const Order& order) {
         return fail(mediaError(MediaError::outsideTheTimeline, "The timeline has a hole."));
     const auto& trackIDs = instruction->requiredSourceTrackIDs;
     while (order.direction < 0 && isAimed(order.aimNumber)) {
-        TRY_LET(const bool hasMore, readBackwards(time, trackIDs, 0));
+        TRY_LET(const bool hasMore, readBackwards(time, trackIDs, BackwardReader::Want::picture));
         if (!hasMore)
             break;
     }
@@ -196,33 +205,34 @@ Result<void> PlayerFrames::make(const Order& order) {
     return {};
 }
 
-Result<bool> PlayerFrames::readBackwards(MediaTime time, const std::vector<std::int32_t>& trackIDs, double seconds) {
-    const auto stepAt = [&](const CompositionTrack& track, MediaTime until, MediaTime from) -> Result<bool> {
-        const CompositionSegment* segment = track.segmentAt(until);
-        if (segment == nullptr)
-            return false;
-        auto& reader = m_backward[{segment->asset->path(), segment->trackIndex}];
+Result<bool> PlayerFrames::readBackwards(MediaTime time, const std::vector<std::int32_t>& trackIDs,
+                                         BackwardReader::Want want) {
+    const auto step = [&](const CompositionSegment& segment, MediaTime until) -> Result<bool> {
+        auto& reader = m_backward[{segment.asset->path(), segment.trackIndex}];
         if (!reader)
-            reader = std::make_unique<BackwardReader>(segment->asset, segment->trackIndex, readerOptions, m_cache);
-        const MediaTime first = std::max(from, segment->target);
-        const auto inSource = [&](MediaTime moment) { return segment->source.start + (moment - segment->target); };
-        TRY_LET(const bool hasMore, reader->step(inSource(first), inSource(until)));
-        return hasMore;
+            reader = std::make_unique<BackwardReader>(segment.asset, segment.trackIndex, readerOptions, m_cache);
+        return reader->step(segment.source.start, segment.source.start + (until - segment.target), want);
     };
-    const MediaTime from = time - MediaTime::fromSeconds(seconds, HostClock::timescale);
     for (const std::int32_t trackID : trackIDs) {
         const CompositionTrack* track = m_composition->track(trackID);
-        if (track == nullptr)
+        const CompositionSegment* segment = track != nullptr ? track->segmentAt(time) : nullptr;
+        if (segment == nullptr)
             continue;
-        TRY_LET(const bool hasMore, stepAt(*track, time, from));
+        TRY_LET(const bool hasMore, step(*segment, time));
         if (hasMore)
             return true;
-        // The piece before a cut.
-        if (seconds > 0 && from >= MediaTime::zero() && track->segmentAt(from) != track->segmentAt(time)) {
-            TRY_LET(const bool hasMoreBefore, stepAt(*track, from, from));
-            if (hasMoreBefore)
-                return true;
-        }
+        // The piece before the cut, when nothing more is to be read of this one: both may be of one file.
+        const auto kept = m_cache->keptFrom({segment->asset->path(), segment->trackIndex},
+                                            segment->source.start + (time - segment->target));
+        if (want == BackwardReader::Want::picture || !kept || *kept > segment->source.start)
+            continue;
+        const MediaTime beforeCut(segment->target.value() - 1, segment->target.timescale());
+        const CompositionSegment* before = track->segmentAt(beforeCut);
+        if (before == nullptr)
+            continue;
+        TRY_LET(const bool hasMoreBefore, step(*before, beforeCut));
+        if (hasMoreBefore)
+            return true;
     }
     return false;
 }

@@ -42,6 +42,8 @@ public:
     /// Wanted from now on: frame `index` and those after it (direction 1) or before it (-1), or it alone (0). What was
     /// made before is forgotten, and none of it is told any more.
     void aim(std::int64_t index, int direction);
+    /// Makes every `step`-th frame only, from the next one on; 1 at first.
+    void setStep(int step);
     /// How frames are composed from now on; the compositor stays. Frames that are ready stay too.
     void setVideoComposition(VideoComposition videoComposition);
 
@@ -50,12 +52,13 @@ public:
     /// The newest frame that is due when `due` is on screen; those before it are dropped. No picture when there is
     /// none.
     PixelBuffer take(std::int64_t due);
-    /// Frames that were due and never taken.
+    /// Frames that were due and never taken; those between two steps were not due.
     std::int64_t droppedCount() const;
 
     /// The number of the frame at that time.
     std::int64_t indexAt(double seconds) const;
     std::int64_t frameCount() const;
+    double framesPerSecond() const;
 
 private:
     struct Look {
@@ -82,7 +85,8 @@ private:
     void deliver(const Order& order, PixelBuffer picture);
     void report(std::uint64_t aimNumber, Error error);
     /// Decodes one more picture for the frames before this one. False when enough of them are there.
-    [[nodiscard]] Result<bool> readBackwards(MediaTime time, const std::vector<std::int32_t>& trackIDs, double seconds);
+    [[nodiscard]] Result<bool> readBackwards(MediaTime time, const std::vector<std::int32_t>& trackIDs,
+                                             BackwardReader::Want want);
     bool isAimed(std::uint64_t aimNumber) const;
 
     const std::shared_ptr<const Composition> m_composition;
@@ -93,6 +97,7 @@ private:
     std::shared_ptr<const Look> m_look;
     std::uint64_t m_aimNumber = 0;
     int m_direction = 0;
+    int m_step = 1;
     /// The frame to make next; none when all are made.
     std::optional<std::int64_t> m_next;
     std::optional<std::int64_t> m_lastMade;

@@ -213,6 +213,23 @@ TEST_F(PlayerTest, PlaysEitherWayAtEveryRate) {
     }
 }
 
+TEST_F(PlayerTest, MakesNoMoreFramesThanAScreenShows) {
+    open(makeItem(false));
+    for (const double playRate : {4.0, -4.0}) {
+        const double from = playRate > 0 ? 0.5 : 2.5;
+        ASSERT_TRUE(seek(from));
+        ASSERT_EQ(shown(), int(std::lround(from * rate)));
+        begin(playRate);
+        EXPECT_EQ(shown(), int(std::lround(from * rate)));
+        const std::int64_t before = player.droppedFrameCount();
+        const int direction = playRate > 0 ? 1 : -1;
+        for (int i = 1; i <= 20; ++i)
+            ASSERT_TRUE(refreshesTo(int(from * rate) + direction * 2 * i, 1.0 / 60)) << "at " << playRate;
+        EXPECT_EQ(player.droppedFrameCount(), before);
+        player.pause();
+    }
+}
+
 TEST_F(PlayerTest, StopsAtItsEndAndTellsWhere) {
     open(makeItem(false));
     std::vector<double> told;
@@ -248,11 +265,24 @@ TEST_F(PlayerTest, FollowsWhatIsHeard) {
         })) << player.currentTime().seconds();
     }
 
+    EXPECT_TRUE(player.driftFromSound());
+
     // Without its device it goes on by the host clock.
     sink->isThere = false;
     const double before = player.currentTime().seconds();
     letPass(1);
     EXPECT_NEAR(player.currentTime().seconds(), before + 1, 0.05);
+    EXPECT_FALSE(player.driftFromSound()) << "nothing is heard";
+    // When it is back, it sounds from there on.
+    sink->speed = 1;
+    sink->isThere = true;
+    EXPECT_TRUE(main.pumpUntil([&] {
+        main.fire();
+        main.post([] {});
+        return player.driftFromSound().has_value();
+    }));
+    EXPECT_GT(player.currentTime().seconds(), before + 0.9);
+    sink->isThere = false;
     player.setRate(0.5);
     letPass(0.7);
     EXPECT_GT(player.currentTime().seconds(), before + 1);

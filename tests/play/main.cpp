@@ -88,11 +88,12 @@ int run(const Command& command) {
     // Connects while the file is opened.
     auto sink = std::make_unique<PipeWireAudioSink>();
     std::unique_ptr<PlayRun> playing;
-    int status = 1;
+    int status = 0;
     auto opening = openItem(input, command.input);
     opening.then([&](Result<std::shared_ptr<PlayerItem>> item) {
         if (!item) {
             std::fprintf(stderr, "keldra_play: %s\n", item.error().message.c_str());
+            status = 1;
             mainQueue.post([] { QCoreApplication::quit(); });
             return;
         }
