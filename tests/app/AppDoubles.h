@@ -7,7 +7,6 @@
 #include "platform/CaptureDevices.h"
 #include "platform/Dialogs.h"
 #include "platform/Permissions.h"
-#include "platform/Pointer.h"
 #include "platform/Workspace.h"
 
 #include <deque>
@@ -158,12 +157,6 @@ public:
 
 private:
     MeterScript& m_script;
-};
-
-class RestingPointer final : public Pointer {
-public:
-    QPointF location() override { return {}; }
-    unsigned takePressedButtons() override { return 0; }
 };
 
 class ScriptedPermissions final : public Permissions {

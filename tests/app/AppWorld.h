@@ -4,6 +4,7 @@
 #include "app/AppModel.h"
 #include "app/SettingsFile.h"
 #include "doubles/FixedDesktop.h"
+#include "doubles/ScriptedPointer.h"
 #include "services/AnalyticsWorld.h"
 
 #include <QDir>
@@ -120,7 +121,7 @@ protected:
     MeterScript meter;
     MicrophoneLevelMonitor levelMonitor{devices, std::make_unique<ScriptedAudioMeter>(meter), time.scheduler()};
     std::shared_ptr<PointerEffectsMonitor> pointerMonitor = std::make_shared<PointerEffectsMonitor>(
-        std::make_shared<RestingPointer>(), std::make_shared<OwnWindows>(), time.clock(), time.scheduler());
+        std::make_shared<ScriptedPointer>(), std::make_shared<OwnWindows>(), time.clock(), time.scheduler());
     ScriptedRecordingEngine recorder{time.mainQueue()};
 
     /// Countdowns and selections on the screen; what the user picks; for what and where he was asked.
