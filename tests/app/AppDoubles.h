@@ -2,7 +2,6 @@
 
 #include "app/RecordingEngine.h"
 #include "async/AwaitCompletion.h"
-#include "platform/AudioMeter.h"
 #include "platform/CameraSession.h"
 #include "platform/CaptureDevices.h"
 #include "platform/Dialogs.h"
@@ -134,29 +133,6 @@ public:
 
 private:
     CameraScript& m_script;
-};
-
-/// What a microphone's meter was told, and what it says.
-struct MeterScript {
-    bool canStart = true;
-    std::optional<double> power;
-    /// The device that is measured; empty for none.
-    QString deviceID;
-};
-
-class ScriptedAudioMeter final : public AudioMeter {
-public:
-    explicit ScriptedAudioMeter(MeterScript& script) : m_script(script) {}
-
-    bool start(const QString& deviceID) override {
-        m_script.deviceID = m_script.canStart ? deviceID : QString();
-        return m_script.canStart;
-    }
-    void stop() override { m_script.deviceID.clear(); }
-    std::optional<double> averagePowerLevel() const override { return m_script.power; }
-
-private:
-    MeterScript& m_script;
 };
 
 class ScriptedPermissions final : public Permissions {

@@ -4,6 +4,7 @@
 #include "app/AppModel.h"
 #include "app/SettingsFile.h"
 #include "doubles/FixedDesktop.h"
+#include "doubles/ScriptedAudioMeter.h"
 #include "doubles/ScriptedPointer.h"
 #include "services/AnalyticsWorld.h"
 
@@ -89,6 +90,8 @@ protected:
         press();
         return *model;
     }
+    /// The microphone whose level is measured.
+    QString metered() const { return meter->isRunning ? meter->started.back() : QString(); }
     QStringList telemetrySent() {
         aptabase.flush([] {});
         time.settle();
@@ -118,7 +121,7 @@ protected:
     CameraScript camera{time.mainQueue()};
     std::shared_ptr<CameraService> cameraService =
         std::make_shared<CameraService>(devices, std::make_unique<ScriptedCameraSession>(camera), time.queue("camera"));
-    MeterScript meter;
+    std::shared_ptr<AudioMeterScript> meter = std::make_shared<AudioMeterScript>();
     MicrophoneLevelMonitor levelMonitor{devices, std::make_unique<ScriptedAudioMeter>(meter), time.scheduler()};
     std::shared_ptr<PointerEffectsMonitor> pointerMonitor = std::make_shared<PointerEffectsMonitor>(
         std::make_shared<ScriptedPointer>(), std::make_shared<OwnWindows>(), time.clock(), time.scheduler());
