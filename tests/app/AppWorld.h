@@ -43,7 +43,8 @@ protected:
     AppModel& makeModel() {
         Platform platform;
         platform.screens = screens;
-        platform.permissions = permissions;
+        if (hasPermissions)
+            platform.permissions = permissions;
         platform.workspace = workspace;
         platform.dialogs = dialogs;
         if (hasDevices)
@@ -111,7 +112,8 @@ protected:
     std::shared_ptr<ScriptedPermissions> permissions = std::make_shared<ScriptedPermissions>(time.mainQueue());
     std::shared_ptr<ScriptedWorkspace> workspace = std::make_shared<ScriptedWorkspace>();
     std::shared_ptr<ScriptedDialogs> dialogs = std::make_shared<ScriptedDialogs>(time.mainQueue());
-    /// Whether this desktop knows of cameras and microphones at all.
+    /// Whether this desktop forbids anything, and knows of cameras and microphones, at all.
+    bool hasPermissions = true;
     bool hasDevices = true;
 
     Aptabase aptabase = analytics.aptabase();
