@@ -35,7 +35,7 @@ AppModel::AppModel(Parts parts) : m_parts(std::move(parts)) {
     loadPreferences();
     m_parts.preferences.setValue(keys::microphoneEnabled, false);
     m_parts.preferences.setValue(keys::cameraEnabled, false);
-    setHasScreenPermission(m_parts.platform.permissions->hasScreenCapture());
+    readScreenPermission();
     refreshDisplays();
     refreshCaptureDevices();
     watch();
@@ -70,6 +70,11 @@ int AppModel::cameraPreviewHeight() const {
     if (!m_parts.camera->isRunning())
         return 50;
     return cameraOverlaySize() == CameraOverlaySize::small ? 228 : 288;
+}
+
+void AppModel::readScreenPermission() {
+    const auto& permissions = m_parts.platform.permissions;
+    setHasScreenPermission(!permissions || permissions->hasScreenCapture());
 }
 
 void AppModel::refreshDisplays() {

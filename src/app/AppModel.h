@@ -130,6 +130,7 @@ public:
 
 private:
     void loadPreferences();
+    void readScreenPermission();
     void watch();
 
     QCoro::Task<> askOrBegin();

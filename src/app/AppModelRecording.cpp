@@ -40,12 +40,14 @@ QCoro::Task<> AppModel::requestScreenPermission() {
     setRecordingState(RecordingState::requestingPermission);
     setErrorMessage({});
     const QPointer<AppModel> alive(this);
-    const auto permissions = m_parts.platform.permissions;
-    const Result<bool> answer =
-        co_await awaitCompletion<bool>([&](auto done) { permissions->requestScreenCapture(std::move(done)); });
-    if (!alive)
-        co_return;
-    const bool isGranted = answer.value_or(false);
+    bool isGranted = true;
+    if (const auto permissions = m_parts.platform.permissions) {
+        const Result<bool> answer =
+            co_await awaitCompletion<bool>([&](auto done) { permissions->requestScreenCapture(std::move(done)); });
+        if (!alive)
+            co_return;
+        isGranted = answer.value_or(false);
+    }
     setHasScreenPermission(isGranted);
     refreshDisplays();
     if (isGranted)
@@ -161,7 +163,7 @@ void AppModel::handleRecordingResult(const Result<RecordingOutput>& result) {
         setLastRecordingHasLiveClickTrack(result->hasLiveClickTrack);
         setCurrentSelection(std::nullopt);
         setRecordingState(RecordingState::idle);
-        setHasScreenPermission(m_parts.platform.permissions->hasScreenCapture());
+        readScreenPermission();
         refreshDisplays();
         dismissNotice();
     } else {

@@ -24,6 +24,7 @@ namespace keldra {
 ///
 /// Without `devices` there are neither cameras nor microphones, and their factories stand empty. An empty
 /// `makeScreenStream` says that this desktop cannot stream, and recordings capture the display as it is.
+/// Without `permissions` the desktop forbids nothing. The command line needs neither `workspace` nor `dialogs`.
 struct Platform {
     std::shared_ptr<HostClock> clock;
     std::shared_ptr<Screens> screens;

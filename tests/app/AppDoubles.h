@@ -2,12 +2,10 @@
 
 #include "app/RecordingEngine.h"
 #include "async/AwaitCompletion.h"
-#include "platform/AudioMeter.h"
 #include "platform/CameraSession.h"
 #include "platform/CaptureDevices.h"
 #include "platform/Dialogs.h"
 #include "platform/Permissions.h"
-#include "platform/Pointer.h"
 #include "platform/Workspace.h"
 
 #include <deque>
@@ -135,35 +133,6 @@ public:
 
 private:
     CameraScript& m_script;
-};
-
-/// What a microphone's meter was told, and what it says.
-struct MeterScript {
-    bool canStart = true;
-    std::optional<double> power;
-    /// The device that is measured; empty for none.
-    QString deviceID;
-};
-
-class ScriptedAudioMeter final : public AudioMeter {
-public:
-    explicit ScriptedAudioMeter(MeterScript& script) : m_script(script) {}
-
-    bool start(const QString& deviceID) override {
-        m_script.deviceID = m_script.canStart ? deviceID : QString();
-        return m_script.canStart;
-    }
-    void stop() override { m_script.deviceID.clear(); }
-    std::optional<double> averagePowerLevel() const override { return m_script.power; }
-
-private:
-    MeterScript& m_script;
-};
-
-class RestingPointer final : public Pointer {
-public:
-    QPointF location() override { return {}; }
-    unsigned takePressedButtons() override { return 0; }
 };
 
 class ScriptedPermissions final : public Permissions {

@@ -18,7 +18,7 @@ TEST_F(AppModelDevices, MicrophoneAndCameraBeginSwitchedOff) {
     EXPECT_EQ(stored("preferences.microphoneEnabled"), "false");
     EXPECT_EQ(stored("preferences.cameraEnabled"), "false");
     EXPECT_FALSE(camera.isRunning);
-    EXPECT_EQ(meter.deviceID, QString());
+    EXPECT_EQ(metered(), QString());
 }
 
 struct ChoiceRow {
@@ -105,7 +105,7 @@ TEST_P(AppModelMicrophone, IsSwitchedOnWherePermitted) {
     toggleMicrophone();
     EXPECT_EQ(model->microphoneEnabled(), row.wantedEnabled);
     EXPECT_EQ(preferences.value(keys::microphoneEnabled), row.wantedEnabled);
-    EXPECT_EQ(meter.deviceID, row.wantedEnabled ? "mic-b" : "");
+    EXPECT_EQ(metered(), row.wantedEnabled ? "mic-b" : "");
     EXPECT_EQ(devices->microphones.requests, row.wantedRequests);
     EXPECT_EQ(model->errorMessage(), row.wantedError);
     EXPECT_EQ(recorder.switches.size(), row.isRecording && row.authorization != CaptureAuthorization::denied ? 1U : 0U);
@@ -136,7 +136,7 @@ TEST_F(AppModelDevices, AMicrophoneIsAlwaysSwitchedOff) {
     toggleMicrophone();
     EXPECT_FALSE(model->microphoneEnabled());
     EXPECT_EQ(model->errorMessage(), QString());
-    EXPECT_EQ(meter.deviceID, QString());
+    EXPECT_EQ(metered(), QString());
     EXPECT_EQ(recorder.switches, std::vector<bool>{false});
 }
 
@@ -155,31 +155,31 @@ TEST_F(AppModelDevices, APermissionThatComesDuringTheRecordingSwitchesTheRecorde
 TEST_F(AppModelDevices, TheMeterFollowsTheMicrophone) {
     makeModel();
     toggleMicrophone();
-    EXPECT_EQ(meter.deviceID, "mic-b");
-    meter.power = -5;
+    EXPECT_EQ(metered(), "mic-b");
+    meter->power = -5;
     time.advance(MicrophoneLevelMonitor::tickInterval);
     EXPECT_EQ(model->microphoneLevel(), 1);
 
     model->selectMicrophoneDevice("mic-x");
-    EXPECT_EQ(meter.deviceID, "mic-b");
+    EXPECT_EQ(metered(), "mic-b");
     model->selectMicrophoneDevice("mic-a");
-    EXPECT_EQ(meter.deviceID, "mic-a");
+    EXPECT_EQ(metered(), "mic-a");
     EXPECT_EQ(preferences.value(keys::microphoneDeviceID), "mic-a");
 
     devices->connect(CaptureDeviceKind::microphone, {{"mic-b", "B"}});
-    EXPECT_EQ(meter.deviceID, "mic-a") << "a turn later";
+    EXPECT_EQ(metered(), "mic-a") << "a turn later";
     time.settle();
-    EXPECT_EQ(meter.deviceID, "mic-b");
+    EXPECT_EQ(metered(), "mic-b");
     devices->connect(CaptureDeviceKind::microphone, {});
     time.settle();
-    EXPECT_EQ(meter.deviceID, QString());
+    EXPECT_EQ(metered(), QString());
     EXPECT_EQ(model->microphoneLevel(), 0);
     EXPECT_TRUE(model->microphoneEnabled()) << "the next one that is plugged in is used";
     EXPECT_TRUE(notices.isEmpty());
 }
 
 TEST_F(AppModelDevices, AMeterThatCannotStartShowsNothing) {
-    meter.canStart = false;
+    meter->canStart = false;
     makeModel();
     toggleMicrophone();
     EXPECT_TRUE(model->microphoneEnabled());

@@ -311,7 +311,7 @@ TEST_F(AppModelRecording, NothingReachesAModelThatIsGone) {
          [&] {
              makeModel();
              toggleMicrophone();
-             meter.power = -10;
+             meter->power = -10;
          }},
         {"deviceChange", [&] { makeModel(); }},
     };

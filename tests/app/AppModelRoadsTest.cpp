@@ -97,6 +97,8 @@ QList<AppModelRoads::Road> AppModelRoads::roads() {
          },
          "countdown failed countdown recording counted=2 started=2 selected told: No space left on device"},
         {"hasNoSelection", nothing, [](W& w) { w.press(); }, ""},
+        {"recordsWhereNothingIsForbidden", [](W& w) { w.hasPermissions = false; }, record,
+         "countdown recording counted=1 started=1 selected"},
         {"isGrantedTheScreenAndWaitsForAnotherPress", askForScreen, record, "requesting idle selected"},
         {"recordsAtTheSecondPressAfterAGrant", askForScreen,
          [](W& w) {

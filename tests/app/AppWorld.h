@@ -4,6 +4,8 @@
 #include "app/AppModel.h"
 #include "app/SettingsFile.h"
 #include "doubles/FixedDesktop.h"
+#include "doubles/ScriptedAudioMeter.h"
+#include "doubles/ScriptedPointer.h"
 #include "services/AnalyticsWorld.h"
 
 #include <QDir>
@@ -41,7 +43,8 @@ protected:
     AppModel& makeModel() {
         Platform platform;
         platform.screens = screens;
-        platform.permissions = permissions;
+        if (hasPermissions)
+            platform.permissions = permissions;
         platform.workspace = workspace;
         platform.dialogs = dialogs;
         if (hasDevices)
@@ -88,6 +91,8 @@ protected:
         press();
         return *model;
     }
+    /// The microphone whose level is measured.
+    QString metered() const { return meter->isRunning ? meter->started.back() : QString(); }
     QStringList telemetrySent() {
         aptabase.flush([] {});
         time.settle();
@@ -107,7 +112,8 @@ protected:
     std::shared_ptr<ScriptedPermissions> permissions = std::make_shared<ScriptedPermissions>(time.mainQueue());
     std::shared_ptr<ScriptedWorkspace> workspace = std::make_shared<ScriptedWorkspace>();
     std::shared_ptr<ScriptedDialogs> dialogs = std::make_shared<ScriptedDialogs>(time.mainQueue());
-    /// Whether this desktop knows of cameras and microphones at all.
+    /// Whether this desktop forbids anything, and knows of cameras and microphones, at all.
+    bool hasPermissions = true;
     bool hasDevices = true;
 
     Aptabase aptabase = analytics.aptabase();
@@ -117,10 +123,10 @@ protected:
     CameraScript camera{time.mainQueue()};
     std::shared_ptr<CameraService> cameraService =
         std::make_shared<CameraService>(devices, std::make_unique<ScriptedCameraSession>(camera), time.queue("camera"));
-    MeterScript meter;
+    std::shared_ptr<AudioMeterScript> meter = std::make_shared<AudioMeterScript>();
     MicrophoneLevelMonitor levelMonitor{devices, std::make_unique<ScriptedAudioMeter>(meter), time.scheduler()};
     std::shared_ptr<PointerEffectsMonitor> pointerMonitor = std::make_shared<PointerEffectsMonitor>(
-        std::make_shared<RestingPointer>(), std::make_shared<OwnWindows>(), time.clock(), time.scheduler());
+        std::make_shared<ScriptedPointer>(), std::make_shared<OwnWindows>(), time.clock(), time.scheduler());
     ScriptedRecordingEngine recorder{time.mainQueue()};
 
     /// Countdowns and selections on the screen; what the user picks; for what and where he was asked.
