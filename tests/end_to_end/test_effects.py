@@ -11,6 +11,8 @@ from test_recording import content_in_frame
 GREY = 0x60
 # A place of the scene that is flat grey, for 50 pixels around.
 SPOT = (700, 200)
+# A picture is stamped when it was taken, and drawn on a little later, on a busy machine by as many seconds.
+LATE = 0.12
 
 
 def wait(seconds):
@@ -94,12 +96,13 @@ class ClickDrawingTest(TestCase):
         for moment, picture in zip(stamps(path), pictures(path, patch(place, origin))):
             age = begin + moment - made
             radius = ring_radius(picture)
-            if age < -0.08 or age > 0.56:
+            if age < -LATE or age > 0.56:
                 self.assertIsNone(radius, f"nothing is drawn {age} s after the click")
-            # A picture is stamped when it was taken, and drawn on a little later. Late in its life a ripple is too faint to measure.
-            elif 0.05 < age < 0.28:
+            # Late in its life a ripple is too faint to measure.
+            elif 0.05 < age < 0.35 - LATE:
                 self.assertIsNotNone(radius, f"the ripple is there {age} s after the click")
-                self.assertAlmostEqual(radius, 10 + 24 * age / 0.52, delta=3.5, msg=f"{age} s after the click")
+                self.assertGreater(radius, 10 + 24 * age / 0.52 - 3.5, f"{age} s after the click")
+                self.assertLess(radius, 10 + 24 * (age + LATE) / 0.52 + 3.5, f"{age} s after the click")
                 seen += 1
         self.assertGreater(seen, 3)
         path.unlink()
@@ -142,7 +145,7 @@ class ClickDrawingTest(TestCase):
         for moment, dot in zip(stamps(path), dots):
             if 0.6 < moment - held < 0.95:
                 self.assertAlmostEqual(dot, 0.14 * GREY + 0.86 * 0.48 * 255, delta=6)
-            elif moment < held - 0.08 or moment - held > 1.2:
+            elif moment < held - LATE or moment - held > 1.2:
                 self.assertAlmostEqual(dot, GREY, delta=6)
 
 
@@ -220,6 +223,7 @@ class PlainCaptureTest(TestCase):
                     self.assertGreater(len(seen), len(numbers) * 0.8)
                     self.assertEqual(seen, sorted(seen))
                 path.unlink()
+        xdotool("mousemove", 5, 1000)
         with Scene("--geometry", "800x480+203+101", "--rate", 10):
             recording = self.record("--area", "153,81,700,301")
             growing(recording)
