@@ -4,7 +4,6 @@
 #include "base/Executor.h"
 #include "base/Result.h"
 #include "base/SerialQueue.h"
-#include "media/Asset.h"
 
 #include <atomic>
 #include <optional>
@@ -12,10 +11,8 @@
 
 namespace keldra {
 
-class WaveformPeaks;
-
-/// Reduces a media file's sound, all its tracks mixed into one, to heights for the timeline. One file at a time, read
-/// on a queue of its own, with the peaks taken on a second one. Any thread.
+/// Reduces a media file's sound, all its tracks mixed into one, to heights for the timeline. One file at a time, on a
+/// queue of its own; of a long file the second half is read on another one meanwhile. Any thread.
 class EditorWaveformGenerator {
 public:
     EditorWaveformGenerator() = default;
@@ -30,15 +27,11 @@ public:
                   Completion<EditorWaveform> done);
 
 private:
-    struct Batch;
-    class Decoding;
-
     [[nodiscard]] Result<EditorWaveform> generateNow(const std::string& path, std::optional<int> bucketCount,
                                                      double duration);
-    [[nodiscard]] Result<void> takePeaks(const AssetPtr& asset, WaveformPeaks& peaks);
 
     std::atomic<bool> m_isClosing = false;
-    SerialQueue m_peakQueue{"KELDRA.Waveform.Peaks"};
+    SerialQueue m_secondQueue{"KELDRA.Waveform.2"};
     SerialQueue m_queue{"KELDRA.Waveform"};
 };
 

@@ -24,8 +24,13 @@ float heightOf(int peak) {
 
 } // namespace
 
-WaveformPeaks::WaveformPeaks(int bucketCount, double duration)
-    : m_duration(duration), m_peaks(std::size_t(std::max(1, bucketCount))) {}
+WaveformPeaks::WaveformPeaks(int bucketCount, double duration, Stretch stretch)
+    : m_duration(duration), m_stretch(stretch), m_peaks(std::size_t(std::max(1, bucketCount))) {}
+
+void WaveformPeaks::merge(const WaveformPeaks& other) {
+    std::transform(m_peaks.begin(), m_peaks.end(), other.m_peaks.begin(), m_peaks.begin(),
+                   [](int a, int b) { return std::max(a, b); });
+}
 
 std::int64_t WaveformPeaks::bucketOf(std::int64_t position) const {
     const auto count = double(m_peaks.size());
@@ -44,10 +49,10 @@ std::int64_t WaveformPeaks::endOf(std::int64_t bucket, std::int64_t position, st
 }
 
 void WaveformPeaks::add(std::int64_t position, const std::int16_t* samples, std::int64_t count) {
-    const std::int64_t early = std::clamp<std::int64_t>(-position, 0, count);
+    std::int64_t end = std::min(position + count, m_stretch.end);
+    const std::int64_t early = std::max<std::int64_t>(m_stretch.begin - position, 0);
     position += early;
     samples += early;
-    std::int64_t end = position + count - early;
     while (end > position && secondsOf(end - 1) > m_duration)
         end = std::max(position, std::min(end - 1, std::int64_t(m_duration * sampleRate) + 1));
     while (position < end) {

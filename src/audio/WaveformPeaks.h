@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 namespace keldra {
@@ -10,13 +11,24 @@ class WaveformPeaks {
 public:
     static constexpr int sampleRate = 8000;
 
-    /// `duration` in seconds, more than zero; at least one bucket.
-    WaveformPeaks(int bucketCount, double duration);
+    /// Samples by number, from zero: up to, not including, `end`.
+    struct Stretch {
+        std::int64_t begin = 0;
+        std::int64_t end = std::numeric_limits<std::int64_t>::max();
+    };
+
+    /// `duration` in seconds, more than zero; at least one bucket. Only samples of the stretch are looked at.
+    WaveformPeaks(int bucketCount, double duration, Stretch stretch);
+    WaveformPeaks(int bucketCount, double duration) : WaveformPeaks(bucketCount, duration, Stretch()) {}
 
     /// Takes samples, the first of which is number `position` from zero. What lies outside the span is passed over; a
     /// sample at its very end counts for the last bucket.
     void add(std::int64_t position, const std::int16_t* samples, std::int64_t count);
 
+    /// Takes what another stretch of the same sound came to.
+    void merge(const WaveformPeaks& other);
+
+    const Stretch& stretch() const { return m_stretch; }
     /// 0 to 1 by bucket: decibels from -54 dBFS to full scale.
     std::vector<float> heights() const;
 
@@ -27,6 +39,7 @@ private:
     std::int64_t endOf(std::int64_t bucket, std::int64_t position, std::int64_t limit) const;
 
     double m_duration;
+    Stretch m_stretch;
     /// As integers; 32767 is full scale.
     std::vector<int> m_peaks;
 };

@@ -130,6 +130,24 @@ TEST_F(EditorWaveformGeneratorTest, ShowsTheLoudnessOverTime) {
         }
 }
 
+TEST_F(EditorWaveformGeneratorTest, ALongFileHasNoSeam) {
+    std::vector<float> loudness;
+    for (int tenth = 0; tenth < 660; ++tenth)
+        loudness.push_back(float(0.5 + 0.3 * std::sin(tenth * 0.05)));
+    for (const int rate : {8000, 44100}) {
+        writeWav(folder / "long.wav", steps(loudness, rate));
+        const auto waveform = generate("long.wav", 660, 66);
+        ASSERT_TRUE(waveform) << waveform.error().message;
+        for (std::size_t bucket = 0; bucket < 660; ++bucket)
+            EXPECT_NEAR(waveform->samples[bucket], height(loudness[bucket]), 0.012) << rate << " Hz, bucket " << bucket;
+    }
+    // One that claims to be longer than it is.
+    const auto claimed = generate("long.wav", 200, 200);
+    ASSERT_TRUE(claimed);
+    EXPECT_GT(claimed->samples[60], 0.5);
+    EXPECT_EQ(claimed->samples[100], 0);
+}
+
 TEST_F(EditorWaveformGeneratorTest, MixesAllTracksEachInItsPlace) {
     writeWav(folder / "one.wav", steps({0.25F, 0.25F, 0, 0, 0.25F, 0.25F}));
     writeWav(folder / "other.wav", steps({0.5F, 0, 0.5F, 0}, 44100, 2));
