@@ -14,8 +14,6 @@ namespace keldra {
 namespace {
 
 constexpr int groupBytes = 16;
-/// As RowResampler reduces.
-constexpr int maximumReduction = 128;
 
 /// How one axis of a picture is resampled: by blocks of `factor` pixels, two of which make a target pixel.
 class AxisChain {
@@ -23,7 +21,7 @@ public:
     AxisChain(double scale, double offset, int pixelCount)
         : m_offset(offset)
         , m_pixelCount(pixelCount)
-        , m_factor(scale < 0.5 ? int(std::min(std::floor(1 / scale), double(maximumReduction))) : 1)
+        , m_factor(reductionFor(scale))
         , m_blockScale(scale * m_factor)
         , m_blockCount((pixelCount + m_factor - 1) / m_factor) {}
 

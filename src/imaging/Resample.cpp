@@ -112,10 +112,6 @@ KELDRA_ROW_KERNEL void addLine(const std::uint8_t* __restrict line, std::uint32_
         sums[at] += line[at];
 }
 
-int reductionFor(double scale) {
-    return scale < 0.5 ? int(std::min(std::floor(1 / scale), double(maximumReduction))) : 1;
-}
-
 /// Room to read two pixels at once where the picture has a single column.
 PixelBuffer widened(const PixelBuffer& source) {
     PixelBuffer wide = PixelBuffer::allocate(PixelFormat::bgra, 2, source.height());
@@ -126,6 +122,10 @@ PixelBuffer widened(const PixelBuffer& source) {
 }
 
 } // namespace
+
+int reductionFor(double scale) {
+    return scale < 0.5 ? int(std::min(std::floor(1 / scale), double(maximumReduction))) : 1;
+}
 
 void RowResampler::begin(const PixelBuffer& source, const Placement& placement, int left, int width) {
     assert(source.format() == PixelFormat::bgra && placement.scaleX > 0 && placement.scaleY > 0 && width > 0);

@@ -16,6 +16,9 @@ struct Placement {
     friend bool operator==(const Placement&, const Placement&) = default;
 };
 
+/// How many pixels are averaged into one before a picture is scaled: only one that shrinks by more than two has any.
+int reductionFor(double scale);
+
 /// Gives a placed BGRA picture row by row, so that a row is still in the nearest cache when it is blended. Pixels count
 /// by their centres and are interpolated bilinearly (to 1/128 of a pixel); a picture that shrinks by more than two is
 /// averaged by whole factors first. Beyond the picture its edge repeats.

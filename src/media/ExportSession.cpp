@@ -26,13 +26,6 @@ int framesUnderWay(const VideoComposition& video) {
 /// stack however deep costs the memory of a few of its pictures.
 constexpr std::size_t mostTracksAhead = 4;
 
-std::int64_t frameCountOf(MediaTime duration, MediaTime frameDuration) {
-    __extension__ using Wide = __int128;
-    const Wide numerator = Wide(duration.value()) * frameDuration.timescale();
-    const Wide denominator = Wide(duration.timescale()) * frameDuration.value();
-    return std::int64_t((numerator + denominator - 1) / denominator);
-}
-
 bool isSamePictures(const CompositionReader::Frames& a, const CompositionReader::Frames& b) {
     return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](const auto& one, const auto& other) {
                return one.first == other.first && one.second.data() == other.second.data();
@@ -56,8 +49,7 @@ public:
         , m_composition(session.m_composition)
         , m_videoComposition(session.m_videoComposition)
         , m_path(std::move(path))
-        , m_frameCount(m_videoComposition ? frameCountOf(m_composition->duration(), m_videoComposition->frameDuration)
-                                          : 0)
+        , m_frameCount(m_videoComposition ? m_videoComposition->frameCount(m_composition->duration()) : 0)
         , m_window(std::make_shared<FrameWindow>(m_videoComposition ? framesUnderWay(*m_videoComposition) : 1))
         , m_encoding("KELDRA.Export.Encoder")
         , m_compositor(m_videoComposition ? m_videoComposition->makeCompositor() : nullptr)

@@ -7,16 +7,8 @@
 namespace keldra {
 
 Result<void> addSoundToMovie(const std::string& path, const std::string& temporaryPath, const SoundAddition& addition) {
-    TRY_LET(const auto movie, OutputFile::create(temporaryPath, OutputFile::Access::rewritable));
-    const auto make = [&]() -> Result<void> {
-        TRY(remuxAddingSound(path, fileNameOf(path), *movie, addition));
-        TRY(movie->sync());
-        return movie->renameTo(path);
-    };
-    Result<void> made = make();
-    if (!made && movie->path() != path)
-        movie->remove();
-    return made;
+    return replaceFile(path, temporaryPath,
+                       [&](OutputFile& movie) { return remuxAddingSound(path, fileNameOf(path), movie, addition); });
 }
 
 } // namespace keldra

@@ -138,4 +138,18 @@ Result<void> OutputFile::renameTo(const std::string& path) {
     return syncFolder(folderOf(path));
 }
 
+Result<void> replaceFile(const std::string& path, const std::string& temporaryPath,
+                         const std::function<Result<void>(OutputFile&)>& write) {
+    TRY_LET(const auto file, OutputFile::create(temporaryPath, OutputFile::Access::rewritable));
+    const auto make = [&]() -> Result<void> {
+        TRY(write(*file));
+        TRY(file->sync());
+        return file->renameTo(path);
+    };
+    Result<void> made = make();
+    if (!made && file->path() != path)
+        file->remove();
+    return made;
+}
+
 } // namespace keldra

@@ -4,6 +4,7 @@
 #include "media/Libav.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -57,5 +58,10 @@ private:
     AVIOContext* m_io = nullptr;
     int m_errno = 0;
 };
+
+/// Has a new file written at `temporaryPath` and puts it in the place of `path` once it is whole and on the disk. When
+/// that fails `path` stands as before and the new file is gone.
+[[nodiscard]] Result<void> replaceFile(const std::string& path, const std::string& temporaryPath,
+                                       const std::function<Result<void>(OutputFile&)>& write);
 
 } // namespace keldra

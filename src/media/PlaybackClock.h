@@ -13,8 +13,6 @@ struct PlaybackClock {
     double rate = 0;
 
     double secondsAt(MediaTime host) const { return anchorSeconds + rate * (host - anchorHost).seconds(); }
-    /// The same place and another rate from `host` on.
-    PlaybackClock withRate(double newRate, MediaTime host) const { return {host, secondsAt(host), newRate}; }
 };
 
 } // namespace keldra

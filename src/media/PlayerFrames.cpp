@@ -118,8 +118,7 @@ double PlayerFrames::framesPerSecond() const {
 
 std::int64_t PlayerFrames::frameCount() const {
     const std::lock_guard guard(m_lock);
-    const double frames = m_composition->duration().seconds() / m_look->video.frameDuration.seconds();
-    return std::int64_t(std::ceil(frames - 1e-6));
+    return m_look->video.frameCount(m_composition->duration());
 }
 
 void PlayerFrames::wakeUp() {

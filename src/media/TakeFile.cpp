@@ -84,17 +84,10 @@ Result<void> TakeFile::finish(MediaTime end) {
 
 Result<void> TakeFile::makeOrdinary(MediaTime end) {
     const std::string path = m_file->path();
-    TRY_LET(const auto movie, OutputFile::create(hiddenNameFor(path), OutputFile::Access::rewritable));
-    const auto make = [&]() -> Result<void> {
+    return replaceFile(path, hiddenNameFor(path), [&](OutputFile& movie) {
         // By descriptor, so that a folder renamed meanwhile does no harm.
-        TRY(remuxIntoOrdinaryMovie(m_file->pathOfDescriptor(), fileNameOf(path), *movie, end));
-        TRY(movie->sync());
-        return movie->renameTo(path);
-    };
-    Result<void> made = make();
-    if (!made && movie->path() != path)
-        movie->remove();
-    return made;
+        return remuxIntoOrdinaryMovie(m_file->pathOfDescriptor(), fileNameOf(path), movie, end);
+    });
 }
 
 void TakeFile::discard() {

@@ -69,6 +69,13 @@ std::shared_ptr<const VideoInstruction> VideoComposition::instructionAt(MediaTim
     return *std::prev(later);
 }
 
+std::int64_t VideoComposition::frameCount(MediaTime duration) const {
+    __extension__ using Wide = __int128;
+    const Wide numerator = Wide(duration.value()) * frameDuration.timescale();
+    const Wide denominator = Wide(duration.timescale()) * frameDuration.value();
+    return std::int64_t((numerator + denominator - 1) / denominator);
+}
+
 std::vector<std::string> findFaults(const VideoComposition& videoComposition, const Composition& composition) {
     std::vector<std::string> faults;
     if (videoComposition.renderWidth <= 0 || videoComposition.renderHeight <= 0)

@@ -34,6 +34,8 @@ struct VideoComposition {
 
     /// The instruction that holds `time`; null outside all.
     std::shared_ptr<const VideoInstruction> instructionAt(MediaTime time) const;
+    /// How many frames cover `duration`; the last may reach beyond it.
+    std::int64_t frameCount(MediaTime duration) const;
 };
 
 /// Looks for what would make the pair unplayable: sizes or frame duration that are not positive, empty or overlapping

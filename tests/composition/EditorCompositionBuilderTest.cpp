@@ -3,6 +3,7 @@
 #include "composition/EditorCompositorInstruction.h"
 #include "composition/TimelineIntervals.h"
 #include "composition/ToldAssets.h"
+#include "doubles/Clips.h"
 
 #include <cmath>
 #include <gmock/gmock.h>
@@ -12,16 +13,14 @@
 namespace keldra {
 namespace {
 
+using test::id;
+
 using testing::audioTrack;
 using testing::finish;
 using testing::ManualMain;
 using testing::SteppedClock;
 using testing::ToldAssets;
 using testing::videoTrack;
-
-QUuid id(int number) {
-    return QUuid(QString("00000000-0000-4000-8000-%1").arg(number, 12, 10, QChar('0')));
-}
 
 class BuilderTest : public ::testing::Test {
 protected:

@@ -1,5 +1,7 @@
 #include "composition/TimelineIntervals.h"
 
+#include "doubles/Clips.h"
+
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
@@ -7,18 +9,8 @@
 namespace keldra {
 namespace {
 
-QUuid id(int number) {
-    return QUuid(QString("00000000-0000-4000-8000-%1").arg(number, 12, 10, QChar('0')));
-}
-
-EditorSegment clip(int number, double start, double duration, qint64 row = 0) {
-    EditorSegment segment;
-    segment.id = id(number);
-    segment.timelineStart = start;
-    segment.duration = duration;
-    segment.trackIndex = row;
-    return segment;
-}
+using test::clip;
+using test::id;
 
 /// "0-60000:1,2 ..." in ticks of the timeline and numbers of clips.
 std::string text(const QList<EditorInstructionInterval>& intervals) {

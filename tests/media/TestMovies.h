@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/SerialQueue.h"
+#include "doubles/TemporaryFolder.h"
 #include "imaging/PixelBuffer.h"
 #include "media/Asset.h"
 #include "media/FileMovieWriter.h"
@@ -17,27 +18,6 @@
 #include <vector>
 
 namespace keldra::test {
-
-/// A folder that goes with its contents.
-class TemporaryFolder {
-public:
-    TemporaryFolder() {
-        std::string name = (std::filesystem::temp_directory_path() / "keldra-media-XXXXXX").string();
-        m_path = ::mkdtemp(name.data());
-    }
-    ~TemporaryFolder() { std::filesystem::remove_all(m_path); }
-    std::string operator/(const std::string& name) const { return m_path + "/" + name; }
-    /// Names of what is inside, hidden ones too.
-    std::vector<std::string> names() const {
-        std::vector<std::string> found;
-        for (const auto& entry : std::filesystem::directory_iterator(m_path))
-            found.push_back(entry.path().filename().string());
-        return found;
-    }
-
-private:
-    std::string m_path;
-};
 
 // A picture tells its number by sixteen blocks of 16 by 16 pixels, eight a row, bit 0 first, white for one.
 constexpr int blockSize = 16;

@@ -5,12 +5,12 @@
 #include "Listener.h"
 #include "base/SerialQueue.h"
 #include "doubles/ChildProcess.h"
+#include "doubles/TemporaryFolder.h"
 
 #include <cmath>
 #include <condition_variable>
 #include <cstdlib>
 #include <deque>
-#include <filesystem>
 #include <gtest/gtest.h>
 
 namespace keldra::test {
@@ -89,16 +89,13 @@ using Positions = std::vector<std::optional<AudioSink::Position>>;
 class PipeWireAudioSinkTest : public testing::Test {
 protected:
     PipeWireAudioSinkTest() {
-        std::string name = (std::filesystem::temp_directory_path() / "keldra-sound-XXXXXX").string();
-        m_folder = mkdtemp(name.data());
         if (const char* earlier = std::getenv("XDG_RUNTIME_DIR"))
             m_earlier = earlier;
-        setenv("XDG_RUNTIME_DIR", m_folder.c_str(), 1);
+        setenv("XDG_RUNTIME_DIR", m_folder.path().c_str(), 1);
     }
     ~PipeWireAudioSinkTest() override {
         stopDaemon();
         setenv("XDG_RUNTIME_DIR", m_earlier.c_str(), 1);
-        std::filesystem::remove_all(m_folder);
     }
 
     void startDaemon() {
@@ -112,7 +109,7 @@ protected:
     }
 
 private:
-    std::filesystem::path m_folder;
+    const test::TemporaryFolder m_folder;
     std::string m_earlier;
     std::optional<ChildProcess> m_daemon;
 };

@@ -1,5 +1,6 @@
 #include "project/Timeline.h"
 
+#include "doubles/Clips.h"
 #include "project/FreshProject.h"
 
 #include <gmock/gmock.h>
@@ -10,21 +11,11 @@
 namespace keldra {
 namespace {
 
+using test::clip;
+using test::id;
+
 constexpr double infinity = std::numeric_limits<double>::infinity();
 constexpr double notANumber = std::numeric_limits<double>::quiet_NaN();
-
-QUuid id(int number) {
-    return QUuid(QString("00000000-0000-4000-8000-%1").arg(number, 12, 10, QChar('0')));
-}
-
-EditorSegment clip(int number, double start, double duration, qint64 row = 0) {
-    EditorSegment segment;
-    segment.id = id(number);
-    segment.timelineStart = start;
-    segment.duration = duration;
-    segment.trackIndex = row;
-    return segment;
-}
 
 EditorProject projectOf(QList<EditorSegment> clips) {
     EditorProject project;

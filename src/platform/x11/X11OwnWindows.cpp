@@ -25,9 +25,11 @@ std::optional<std::uint32_t> X11OwnWindows::processOf(std::uint32_t resource) co
     if (!answer)
         return std::nullopt;
     for (auto each = xcb_res_query_client_ids_ids_iterator(answer.get()); each.rem > 0;
-         xcb_res_client_id_value_next(&each))
-        if (each.data->spec.mask == XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID && each.data->length >= 4)
+         xcb_res_client_id_value_next(&each)) {
+        const auto& [kind, byteCount] = *each.data;
+        if (kind.mask == XCB_RES_CLIENT_ID_MASK_LOCAL_CLIENT_PID && byteCount >= 4)
             return *xcb_res_client_id_value_value(each.data);
+    }
     return std::nullopt;
 }
 
