@@ -1,5 +1,7 @@
 #include "base/SerialQueue.h"
 
+#include "base/Recycling.h"
+
 #include <asio/executor_work_guard.hpp>
 #include <asio/io_context.hpp>
 #include <asio/post.hpp>
@@ -23,12 +25,23 @@ struct SerialQueue::State {
     asio::executor_work_guard<asio::io_context::executor_type> keepsRunning = asio::make_work_guard(context);
     std::thread thread;
 
+    /// A piece of work on its way.
+    struct Turn {
+        using allocator_type = Recycling<std::byte>;
+
+        State& state;
+        Work work;
+
+        allocator_type get_allocator() const noexcept { return {}; }
+        void operator()() const {
+            state.waiting.fetch_sub(1, std::memory_order_relaxed);
+            work();
+        }
+    };
+
     void enqueue(Work work) {
         waiting.fetch_add(1, std::memory_order_relaxed);
-        asio::post(context, [this, work = std::move(work)] {
-            waiting.fetch_sub(1, std::memory_order_relaxed);
-            work();
-        });
+        asio::post(context, Turn{*this, std::move(work)});
     }
 };
 

@@ -44,17 +44,34 @@ Error makeError(EditorCompositorError code) {
 }
 
 EditorVideoCompositor::EditorVideoCompositor()
-    : m_renderQueue("com.keldra.editor.compositor"), m_drawing(std::make_shared<FrameDrawing>()) {}
+    : m_drawing(std::make_unique<FrameDrawing>()), m_renderQueue("com.keldra.editor.compositor") {}
 
-EditorVideoCompositor::~EditorVideoCompositor() = default;
+EditorVideoCompositor::~EditorVideoCompositor() {
+    const std::lock_guard guard(m_lock);
+    m_isEnding = true;
+}
 
 void EditorVideoCompositor::startRequest(std::shared_ptr<FrameRequest> request) {
-    m_renderQueue.post([weakDrawing = std::weak_ptr(m_drawing), request = std::move(request)] {
-        if (const auto drawing = weakDrawing.lock())
-            answer(*request, *drawing);
-        else
-            request->finishCancelled();
-    });
+    {
+        const std::lock_guard guard(m_lock);
+        m_waiting.push_back(std::move(request));
+    }
+    m_renderQueue.post([this] { drawNext(); });
+}
+
+void EditorVideoCompositor::drawNext() {
+    std::shared_ptr<FrameRequest> request;
+    bool isCancelled = false;
+    {
+        const std::lock_guard guard(m_lock);
+        request = std::move(m_waiting.front());
+        m_waiting.pop_front();
+        isCancelled = m_isEnding;
+    }
+    if (isCancelled)
+        request->finishCancelled();
+    else
+        answer(*request, *m_drawing);
 }
 
 } // namespace keldra

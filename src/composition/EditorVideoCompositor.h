@@ -1,10 +1,13 @@
 #pragma once
 
 #include "base/Error.h"
+#include "base/Recycling.h"
 #include "base/SerialQueue.h"
 #include "media/FrameCompositor.h"
 
+#include <deque>
 #include <memory>
+#include <mutex>
 
 namespace keldra {
 
@@ -26,9 +29,16 @@ public:
     void startRequest(std::shared_ptr<FrameRequest> request) override;
 
 private:
-    /// Outlives the drawing, so that queued requests find it gone.
+    /// Answers the request that waits longest.
+    void drawNext();
+
+    std::unique_ptr<FrameDrawing> m_drawing;
+    std::mutex m_lock;
+    /// Requests whose turn has not come.
+    std::deque<std::shared_ptr<FrameRequest>, Recycling<std::shared_ptr<FrameRequest>>> m_waiting;
+    bool m_isEnding = false;
+    /// Ends first: it uses what stands above.
     SerialQueue m_renderQueue;
-    std::shared_ptr<FrameDrawing> m_drawing;
 };
 
 } // namespace keldra

@@ -1,5 +1,7 @@
 #include "imaging/PixelBufferPool.h"
 
+#include "base/Recycling.h"
+
 #include <mutex>
 #include <vector>
 
@@ -42,10 +44,11 @@ PixelBuffer PixelBufferPool::take() {
     for (int plane = 0; plane < PixelBuffer::planeCount(m_state->format); ++plane)
         planes[plane] = {buffer.mutableData(plane), buffer.strideBytes(plane)};
     // The handle given out returns the memory, not the last copy of `buffer`.
-    std::shared_ptr<const void> loan(static_cast<const void*>(planes[0].data), [state = m_state, buffer](const void*) {
+    const auto takeBack = [state = m_state, buffer](const void*) {
         const std::lock_guard guard(state->lock);
         state->idle.push_back(buffer);
-    });
+    };
+    std::shared_ptr<const void> loan(static_cast<const void*>(planes[0].data), takeBack, Recycling<std::byte>());
     return PixelBuffer::wrap(m_state->format, m_state->width, m_state->height, planes, std::move(loan));
 }
 

@@ -130,7 +130,8 @@ void PlaneResampler::begin(const PixelBuffer& source, int plane, const Placement
     const std::size_t rowBytes = std::size_t(m_width) + groupBytes;
     m_row.resize(rowBytes);
     m_sums.resize(rowBytes);
-    m_made.resize(std::size_t(m_lines.taps.tapCount));
+    // Their number only grows: lines are memory.
+    m_made.resize(std::max(m_made.size(), std::size_t(m_lines.taps.tapCount)));
     for (Line& line : m_made) {
         line.number = -1;
         line.samples.resize(rowBytes);

@@ -1,13 +1,19 @@
 #include "media/AudioBuffer.h"
 
+#include "base/Recycling.h"
+
 #include <limits>
 
 namespace keldra {
 
 AudioBuffer AudioBuffer::allocate(const AudioFormat& format, std::int64_t frameCount, MediaTime time) {
+    // As kernels like their samples.
+    struct alignas(16) Unit {
+        std::byte bytes[16];
+    };
     const auto count = std::size_t(frameCount) * std::size_t(format.bytesPerFrame());
-    const std::shared_ptr<std::byte[]> bytes(new std::byte[count]());
-    return sharing(format, frameCount, time, std::shared_ptr<const std::byte>(bytes, bytes.get()));
+    const auto units = std::allocate_shared<Unit[]>(Recycling<Unit>(), (count + sizeof(Unit) - 1) / sizeof(Unit));
+    return sharing(format, frameCount, time, std::shared_ptr<const std::byte>(units, units[0].bytes));
 }
 
 AudioBuffer AudioBuffer::sharing(const AudioFormat& format, std::int64_t frameCount, MediaTime time,

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "base/Recycling.h"
+
 #include <condition_variable>
 #include <cstddef>
 #include <deque>
@@ -46,7 +48,7 @@ public:
     }
     /// Ends all waiting and drops what is inside.
     void stop() {
-        std::deque<T> dropped;
+        Things dropped;
         const std::lock_guard guard(m_lock);
         m_isStopped = true;
         dropped.swap(m_things);
@@ -55,11 +57,13 @@ public:
     }
 
 private:
+    using Things = std::deque<T, Recycling<T>>;
+
     const std::size_t m_capacity;
     std::mutex m_lock;
     std::condition_variable m_hasRoom;
     std::condition_variable m_hasThings;
-    std::deque<T> m_things;
+    Things m_things;
     bool m_isFinished = false;
     bool m_isStopped = false;
 };

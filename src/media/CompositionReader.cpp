@@ -8,9 +8,8 @@ CompositionReader::CompositionReader(std::shared_ptr<const Composition> composit
                                      std::shared_ptr<PictureCache> cache)
     : m_composition(std::move(composition)), m_options(options), m_cache(std::move(cache)) {}
 
-Result<CompositionReader::Frames> CompositionReader::framesAt(MediaTime time,
-                                                              const std::vector<std::int32_t>& trackIDs) {
-    Frames frames;
+Result<TrackPictures> CompositionReader::framesAt(MediaTime time, const std::vector<std::int32_t>& trackIDs) {
+    TrackPictures frames;
     for (const std::int32_t trackID : trackIDs) {
         if (frames.count(trackID) != 0)
             continue;

@@ -3,6 +3,7 @@
 #include "base/Result.h"
 #include "imaging/PixelBuffer.h"
 #include "media/Composition.h"
+#include "media/FrameRequest.h"
 #include "media/PictureCache.h"
 #include "media/TrackReader.h"
 
@@ -20,14 +21,12 @@ namespace keldra {
 /// used longest ago makes room, and has to seek when it is its turn again.
 class CompositionReader {
 public:
-    using Frames = std::map<std::int32_t, PixelBuffer>;
-
     /// With a cache, pictures that are kept there are not decoded, and those decoded are kept.
     CompositionReader(std::shared_ptr<const Composition> composition, TrackReader::Options options,
                       std::shared_ptr<PictureCache> cache = nullptr);
 
     /// By track; a track without a picture at `time` is left out.
-    [[nodiscard]] Result<Frames> framesAt(MediaTime time, const std::vector<std::int32_t>& trackIDs);
+    [[nodiscard]] Result<TrackPictures> framesAt(MediaTime time, const std::vector<std::int32_t>& trackIDs);
     /// Of one track; no picture where it has none.
     [[nodiscard]] Result<PixelBuffer> frameAt(MediaTime time, std::int32_t trackID);
 

@@ -11,19 +11,24 @@ FrameRequest::FrameRequest(std::shared_ptr<const VideoInstruction> instruction, 
     , m_done(std::move(done)) {}
 
 FrameRequest::FrameRequest(std::shared_ptr<const VideoInstruction> instruction, MediaTime compositionTime,
-                           std::map<std::int32_t, PixelBuffer> sourceFrames, std::shared_ptr<PixelBufferPool> pool,
-                           Done done)
-    : FrameRequest(
-          std::move(instruction), compositionTime,
-          [frames = std::move(sourceFrames)](std::int32_t trackID) {
-              const auto found = frames.find(trackID);
-              return found == frames.end() ? PixelBuffer() : found->second;
-          },
-          std::move(pool), std::move(done)) {}
+                           TrackPictures sourceFrames, std::shared_ptr<PixelBufferPool> pool, Done done)
+    : m_instruction(std::move(instruction))
+    , m_compositionTime(compositionTime)
+    , m_sourceFrames(std::move(sourceFrames))
+    , m_pool(std::move(pool))
+    , m_done(std::move(done)) {}
 
 FrameRequest::~FrameRequest() {
     if (m_done)
         end(Cancelled());
+}
+
+PixelBuffer FrameRequest::sourceFrame(std::int32_t trackID) const {
+    if (const auto* read = std::get_if<SourceFrames>(&m_sourceFrames))
+        return (*read)(trackID);
+    const auto& pictures = std::get<TrackPictures>(m_sourceFrames);
+    const auto found = pictures.find(trackID);
+    return found == pictures.end() ? PixelBuffer() : found->second;
 }
 
 void FrameRequest::finish(PixelBuffer frame) {

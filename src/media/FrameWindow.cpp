@@ -17,7 +17,7 @@ void FrameWindow::deliver(std::int64_t index, Frame frame) {
     const std::lock_guard guard(m_lock);
     if (m_stopReason)
         return;
-    m_arrived.emplace(index, std::move(frame));
+    placeOf(index) = std::move(frame);
     m_changed.notify_all();
 }
 
@@ -32,10 +32,10 @@ void FrameWindow::deliver(std::int64_t index, FrameRequest::Outcome outcome) {
 
 std::optional<FrameWindow::Frame> FrameWindow::take(std::int64_t index) {
     std::unique_lock guard(m_lock);
-    m_changed.wait(guard, [&] { return m_stopReason || m_arrived.count(index) != 0; });
+    m_changed.wait(guard, [&] { return m_stopReason || placeOf(index); });
     if (m_stopReason)
         return std::nullopt;
-    return std::move(m_arrived.extract(index).mapped());
+    return std::exchange(placeOf(index), std::nullopt);
 }
 
 void FrameWindow::leave() {
@@ -45,7 +45,7 @@ void FrameWindow::leave() {
 }
 
 void FrameWindow::stop(Error reason) {
-    std::map<std::int64_t, Frame> dropped;
+    std::vector<std::optional<Frame>> dropped(m_arrived.size());
     const std::lock_guard guard(m_lock);
     if (!m_stopReason)
         m_stopReason = std::move(reason);

@@ -5,10 +5,10 @@
 
 #include <condition_variable>
 #include <cstdint>
-#include <map>
 #include <mutex>
 #include <optional>
 #include <variant>
+#include <vector>
 
 namespace keldra {
 
@@ -20,7 +20,7 @@ public:
     struct Repeat {};
     using Frame = std::variant<PixelBuffer, Repeat>;
 
-    explicit FrameWindow(int capacity) : m_capacity(capacity) {}
+    explicit FrameWindow(int capacity) : m_capacity(capacity), m_arrived(std::size_t(capacity)) {}
 
     /// The reader, before each frame: waits for a free place. False when stopped.
     [[nodiscard]] bool enter();
@@ -38,11 +38,14 @@ public:
     std::optional<Error> stopReason() const;
 
 private:
+    /// Of the frames under way no two have the same place.
+    std::optional<Frame>& placeOf(std::int64_t index) { return m_arrived[std::size_t(index % m_capacity)]; }
+
     const int m_capacity;
     mutable std::mutex m_lock;
     std::condition_variable m_changed;
     int m_underWay = 0;
-    std::map<std::int64_t, Frame> m_arrived;
+    std::vector<std::optional<Frame>> m_arrived;
     std::optional<Error> m_stopReason;
 };
 

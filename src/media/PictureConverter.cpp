@@ -1,5 +1,6 @@
 #include "media/PictureConverter.h"
 
+#include "base/Recycling.h"
 #include "imaging/Convert.h"
 #include "media/MediaError.h"
 
@@ -88,7 +89,9 @@ PixelBuffer wrapFrame(FramePtr frame) {
         planes[std::size_t(plane)] = {frame->data[plane], frame->linesize[plane]};
     const int width = frame->width;
     const int height = frame->height;
-    return PixelBuffer::wrap(PixelFormat::i420, width, height, planes, std::shared_ptr<AVFrame>(std::move(frame)));
+    return PixelBuffer::wrap(
+        PixelFormat::i420, width, height, planes,
+        std::shared_ptr<AVFrame>(frame.release(), FramePtr::deleter_type(), Recycling<std::byte>()));
 }
 
 void makeOpaque(PixelBuffer& picture) {
@@ -103,13 +106,13 @@ void PictureConverter::FreeScaler::operator()(SwsContext* context) const {
     sws_freeContext(context);
 }
 
-PixelBuffer PictureConverter::newPicture(PixelFormat format) {
+PixelBuffer PictureConverter::newPicture() {
     // More than a reader, a window of frames and a compositor hold together; beyond that memory is the limit.
     constexpr int poolLimit = 24;
     if (!m_pool)
         m_pool = std::make_unique<PixelBufferPool>(m_format, m_width, m_height, poolLimit);
-    PixelBuffer picture = format == m_format ? m_pool->take() : PixelBuffer();
-    return picture ? picture : PixelBuffer::allocate(format, m_width, m_height);
+    PixelBuffer picture = m_pool->take();
+    return picture ? picture : PixelBuffer::allocate(m_format, m_width, m_height);
 }
 
 Result<PixelBuffer> PictureConverter::convert(FramePtr frame, AVRational sampleAspectRatio) {
@@ -128,19 +131,22 @@ Result<PixelBuffer> PictureConverter::convert(FramePtr frame, AVRational sampleA
         PixelBuffer wrapped = wrapFrame(std::move(frame));
         if (m_format == PixelFormat::i420)
             return wrapped;
-        PixelBuffer picture = newPicture(PixelFormat::bgra);
+        PixelBuffer picture = newPicture();
         convertI420ToBgra(wrapped, picture);
         return picture;
     }
     // libswscale keeps the matrix between two kinds of YUV only when both are the same; otherwise RGB lies between.
     const bool keepsNumbers = colours.matrix == SWS_CS_ITU709 && !colours.isFullRange && !isRgb(colours.format);
-    PixelBuffer picture = newPicture(keepsNumbers ? m_format : PixelFormat::bgra);
-    TRY(scale(*frame, picture));
-    if (picture.format() == m_format)
+    PixelBuffer picture = newPicture();
+    if (keepsNumbers || m_format == PixelFormat::bgra) {
+        TRY(scale(*frame, picture));
         return picture;
-    PixelBuffer converted = newPicture(m_format);
-    convertBgraToI420(picture, converted);
-    return converted;
+    }
+    if (!m_between)
+        m_between = PixelBuffer::allocate(PixelFormat::bgra, m_width, m_height);
+    TRY(scale(*frame, m_between));
+    convertBgraToI420(m_between, picture);
+    return picture;
 }
 
 Result<void> PictureConverter::scale(const AVFrame& frame, PixelBuffer& target) {

@@ -26,7 +26,7 @@ private:
         void operator()(SwsContext* context) const;
     };
 
-    PixelBuffer newPicture(PixelFormat format);
+    PixelBuffer newPicture();
     [[nodiscard]] Result<void> scale(const AVFrame& frame, PixelBuffer& target);
 
     PixelFormat m_wanted;
@@ -35,6 +35,8 @@ private:
     int m_width = 0;
     int m_height = 0;
     std::unique_ptr<PixelBufferPool> m_pool;
+    /// In red, green and blue, on its way to 4:2:0.
+    PixelBuffer m_between;
     std::unique_ptr<SwsContext, FreeScaler> m_scaler;
     // What the scaler was set up for.
     int m_scalerWidth = 0;

@@ -193,7 +193,7 @@ Result<void> PlayerFrames::make(const Order& order) {
     }
     if (!isAimed(order.aimNumber))
         return {};
-    TRY_LET(CompositionReader::Frames frames, m_reader.framesAt(time, trackIDs));
+    TRY_LET(TrackPictures frames, m_reader.framesAt(time, trackIDs));
     m_compositor->startRequest(std::make_shared<FrameRequest>(
         instruction, time, std::move(frames), order.look->pool, [this, order](FrameRequest::Outcome outcome) {
             if (auto* picture = std::get_if<PixelBuffer>(&outcome))

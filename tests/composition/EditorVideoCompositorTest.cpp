@@ -49,11 +49,11 @@ TEST(EditorVideoCompositor, AnswersInOrderWhateverTheRequest) {
     Outcomes outcomes;
     const auto pool = std::make_shared<PixelBufferPool>(PixelFormat::bgra, 4, 4, 3);
     const auto emptyPool = std::make_shared<PixelBufferPool>(PixelFormat::bgra, 4, 4, 0);
-    const std::map<std::int32_t, PixelBuffer> source{{1, testing::flat(2, 2, {0, 0, 255, 255})}};
+    const TrackPictures source{{1, testing::flat(2, 2, {0, 0, 255, 255})}};
     const auto instruction = plainInstruction();
     EditorVideoCompositor compositor;
-    const auto start = [&](int number, std::shared_ptr<const VideoInstruction> governing,
-                           std::map<std::int32_t, PixelBuffer> frames, std::shared_ptr<PixelBufferPool> from) {
+    const auto start = [&](int number, std::shared_ptr<const VideoInstruction> governing, TrackPictures frames,
+                           std::shared_ptr<PixelBufferPool> from) {
         compositor.startRequest(std::make_shared<FrameRequest>(std::move(governing), MediaTime(1, 2), std::move(frames),
                                                                std::move(from), outcomes.sink(number)));
     };
@@ -81,9 +81,8 @@ TEST(EditorVideoCompositor, RequestsOfACompositorThatGoesAllEndOnce) {
     {
         EditorVideoCompositor compositor;
         for (int number = 0; number < count; ++number)
-            compositor.startRequest(std::make_shared<FrameRequest>(instruction, MediaTime(number, 30),
-                                                                   std::map<std::int32_t, PixelBuffer>(), pool,
-                                                                   outcomes.sink(number)));
+            compositor.startRequest(std::make_shared<FrameRequest>(instruction, MediaTime(number, 30), TrackPictures(),
+                                                                   pool, outcomes.sink(number)));
     }
     const auto ended = outcomes.take(count);
     ASSERT_EQ(ended.size(), std::size_t(count));

@@ -155,7 +155,7 @@ TEST(FrameRequest, EndsExactlyOnce) {
     std::vector<std::string> ends;
     const auto request = [&ends] {
         return std::make_unique<FrameRequest>(
-            showing({}, seconds(0), seconds(1)), seconds(0), std::map<std::int32_t, PixelBuffer>{},
+            showing({}, seconds(0), seconds(1)), seconds(0), TrackPictures{},
             std::make_shared<PixelBufferPool>(PixelFormat::bgra, 2, 2, 1), [&ends](FrameRequest::Outcome outcome) {
                 ends.push_back(std::holds_alternative<PixelBuffer>(outcome) ? "picture"
                                : std::holds_alternative<Error>(outcome)     ? "error"
