@@ -153,7 +153,7 @@ void Player::tick() {
     if (m_isHeld) {
         const bool sounds = m_sound && m_sound->hasSound() && m_sink->hasDevice() && m_rate > 0;
         const bool isReady =
-            sounds ? m_sound->heard().has_value() : !m_frames || m_frames->hasMade(indexAt(m_clock.anchorSeconds));
+            sounds ? m_sound->heard().has_value() : !m_frames || m_frames->isReadyFrom(indexAt(m_clock.anchorSeconds));
         if (!isReady && (now - m_heldSince).seconds() < longestHold)
             return;
         m_isHeld = false;

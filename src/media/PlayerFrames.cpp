@@ -82,6 +82,13 @@ bool PlayerFrames::hasMade(std::int64_t index) const {
     return low <= index && index <= high;
 }
 
+bool PlayerFrames::isReadyFrom(std::int64_t index) const {
+    if (!hasMade(index))
+        return false;
+    const std::lock_guard guard(m_lock);
+    return m_direction >= 0 || !m_next || int(m_ready.size()) == mostAhead;
+}
+
 PixelBuffer PlayerFrames::take(std::int64_t due) {
     PixelBuffer taken;
     {

@@ -49,6 +49,9 @@ public:
 
     /// Whether that frame was made since the last aim, taken or not.
     bool hasMade(std::int64_t index) const;
+    /// Whether enough is made for play to begin at that frame. Forwards that is the frame itself. Backwards it is as
+    /// many as are ever made ahead: the ones before them may need a run from a key frame far back.
+    bool isReadyFrom(std::int64_t index) const;
     /// The newest frame that is due when `due` is on screen; those before it are dropped. No picture when there is
     /// none.
     PixelBuffer take(std::int64_t due);
