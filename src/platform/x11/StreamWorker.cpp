@@ -106,14 +106,13 @@ Result<void> StreamWorker::open() {
     TRY(x.requireStreaming());
     m_formats = std::make_unique<RenderFormats>(x);
     m_pointer = std::make_unique<CursorWatch>(x);
-    m_picture =
-        std::visit(Overloaded{[&](const DisplaySource& display) -> std::unique_ptr<SourcePicture> {
-                                  return std::make_unique<DisplayPicture>(x, *m_formats, *m_numbers, display.displayID);
-                              },
-                              [&](const WindowSource& window) -> std::unique_ptr<SourcePicture> {
-                                  return std::make_unique<WindowPicture>(x, *m_formats, window.windowID);
-                              }},
-                   m_configuration.source);
+    m_picture = std::visit(Overloaded{[&](const DisplaySource& display) -> std::unique_ptr<SourcePicture> {
+                                          return std::make_unique<DisplayPicture>(x, *m_formats, *m_numbers, display);
+                                      },
+                                      [&](const WindowSource& window) -> std::unique_ptr<SourcePicture> {
+                                          return std::make_unique<WindowPicture>(x, *m_formats, window.windowID);
+                                      }},
+                           m_configuration.source);
     TRY(m_picture->update());
     TRY_LET(m_pool, FramePool::make(m_connection, m_formats->argb32(), m_configuration.width, m_configuration.height,
                                     m_configuration.queueDepth, m_wakeUp));

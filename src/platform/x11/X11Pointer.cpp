@@ -3,6 +3,7 @@
 #include "platform/x11/DesktopSpace.h"
 #include "platform/x11/X11Monitors.h"
 
+#include <xcb/randr.h>
 #include <xcb/xinput.h>
 
 namespace keldra {
@@ -21,7 +22,6 @@ void selectRawButtons(const X11Connection& x) {
     } mask{{XCB_INPUT_DEVICE_ALL_MASTER, 1},
            XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_PRESS | XCB_INPUT_XI_EVENT_MASK_RAW_BUTTON_RELEASE};
     xcb_input_xi_select_events(x.raw(), x.root(), 1, &mask.head);
-    xcb_flush(x.raw());
 }
 
 } // namespace
@@ -30,11 +30,15 @@ X11Pointer::X11Pointer(std::shared_ptr<X11Connection> connection, double scaleFa
     : m_connection(std::move(connection)), m_scaleFactor(scaleFactor) {
     if (m_connection->extensions().input.isPresent)
         selectRawButtons(*m_connection);
+    if (m_connection->extensions().randr.isPresent)
+        xcb_randr_select_input(m_connection->raw(), m_connection->root(), XCB_RANDR_NOTIFY_MASK_SCREEN_CHANGE);
+    xcb_flush(m_connection->raw());
 }
 
 QPointF X11Pointer::location() {
     const X11Connection& x = *m_connection;
     const auto pointer = x.reply(xcb_query_pointer_reply, xcb_query_pointer(x.raw(), x.root()));
+    readEvents();
     findPrimary();
     if (pointer && pointer->same_screen)
         // The upper left corner of the pixel that it points at.
@@ -75,6 +79,8 @@ void X11Pointer::readEvents() {
 }
 
 void X11Pointer::note(const xcb_generic_event_t& event) {
+    if (m_connection->extensions().randr.isEvent(event, XCB_RANDR_SCREEN_CHANGE_NOTIFY))
+        m_primaryAskedAgainAt = {};
     if ((event.response_type & 0x7f) != XCB_GE_GENERIC)
         return;
     const auto& raw = reinterpret_cast<const xcb_input_raw_button_press_event_t&>(event);
