@@ -141,8 +141,7 @@ QList<CameraRaces::Race> CameraRaces::races() {
              w.connect({});
              EXPECT_EQ(w.model->selectedCameraDeviceID(), QString());
          },
-         // The session is not told: what it runs on is gone.
-         "off running cam-a error: No camera is available. told: No camera is available."},
+         "off still error: No camera is available. told: No camera is available."},
         {"anotherIsPluggedIn",
          [](W& w) {
              w.toggleCamera();

@@ -98,6 +98,20 @@ TEST_F(CameraServiceTest, TellsWhyItCannotStart) {
     EXPECT_EQ(service.previewGeneration(), 0);
 }
 
+TEST_F(CameraServiceTest, AFailedStartLetsGoOfTheCameraBefore) {
+    const QList<CaptureDeviceOption> all = devices->all;
+    EXPECT_TRUE(started("first"));
+    deliver();
+    devices->all.clear();
+    EXPECT_FALSE(started("first")) << "it was unplugged, and there is no other";
+    EXPECT_FALSE(service.isRunning());
+    EXPECT_FALSE(script->isRunning);
+    EXPECT_FALSE(service.latestFrame());
+    devices->all = all;
+    EXPECT_TRUE(started("first"));
+    EXPECT_EQ(script->configured.size(), 2u) << "a camera that was plugged in again is set up again";
+}
+
 TEST_F(CameraServiceTest, OfAStartAndAStopThatRaceTheLastDecides) {
     script->isHeld = true;
     const auto answer = start("first");
