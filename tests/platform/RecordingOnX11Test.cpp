@@ -1,4 +1,4 @@
-#include "doubles/FixedCaptureDevices.h"
+#include "doubles/ScriptedCaptureDevices.h"
 #include "doubles/ScriptedCamera.h"
 #include "media/FileMovieWriter.h"
 #include "media/TrackReader.h"
@@ -98,10 +98,10 @@ protected:
     QTemporaryDir folder;
     SerialQueue cameraQueue{"test camera"};
     SerialQueue captureQueue{"test capture"};
-    std::shared_ptr<CameraScript> script = std::make_shared<CameraScript>();
+    std::shared_ptr<CameraScript> script = std::make_shared<CameraScript>(desk.mainQueue);
     std::shared_ptr<CameraService> camera =
-        std::make_shared<CameraService>(std::make_shared<FixedCaptureDevices>(desk.mainQueue),
-                                        std::make_unique<ScriptedCamera>(script, desk.mainQueue), cameraQueue);
+        std::make_shared<CameraService>(std::make_shared<ScriptedCaptureDevices>(desk.mainQueue),
+                                        std::make_unique<ScriptedCamera>(script), cameraQueue);
     std::shared_ptr<CameraOverlayState> bubble = std::make_shared<CameraOverlayState>();
     RecordingRequest request;
     std::optional<Result<RecordingOutput>> output;
