@@ -9,6 +9,8 @@
 namespace keldra {
 namespace {
 
+constexpr std::chrono::milliseconds answerIsNewFor{1};
+
 /// The bit of a button that is pressed by a finger; none for 4 to 7, which are the directions of a wheel.
 unsigned bitOf(std::uint32_t button) {
     const bool isWheel = button >= 4 && button <= 7;
@@ -35,15 +37,21 @@ X11Pointer::X11Pointer(std::shared_ptr<X11Connection> connection, double scaleFa
     xcb_flush(m_connection->raw());
 }
 
-QPointF X11Pointer::location() {
+void X11Pointer::query() {
     const X11Connection& x = *m_connection;
-    const auto pointer = x.reply(xcb_query_pointer_reply, xcb_query_pointer(x.raw(), x.root()));
+    m_answer = x.reply(xcb_query_pointer_reply, xcb_query_pointer(x.raw(), x.root()));
+    // The answer comes after all events up to it.
     readEvents();
+    m_answeredAt = std::chrono::steady_clock::now();
+}
+
+QPointF X11Pointer::location() {
+    query();
     findPrimary();
-    if (pointer && pointer->same_screen)
+    if (m_answer && m_answer->same_screen)
         // The upper left corner of the pixel that it points at.
         m_location =
-            DesktopSpace{m_scaleFactor, m_primary}.toPoints({pointer->root_x, pointer->root_y, 0, 0}).topLeft();
+            DesktopSpace{m_scaleFactor, m_primary}.toPoints({m_answer->root_x, m_answer->root_y, 0, 0}).topLeft();
     return m_location;
 }
 
@@ -57,15 +65,14 @@ void X11Pointer::findPrimary() {
 }
 
 unsigned X11Pointer::takePressedButtons() {
-    const X11Connection& x = *m_connection;
-    const auto pointer = x.reply(xcb_query_pointer_reply, xcb_query_pointer(x.raw(), x.root()));
-    // The answer comes after all events up to it.
-    readEvents();
+    // Whoever asks for place and buttons at once asks the server once.
+    if (std::chrono::steady_clock::now() - m_answeredAt > answerIsNewFor)
+        query();
     unsigned down = m_down;
-    if (pointer) {
+    if (m_answer) {
         // The server's word on the first three: a release may have been for somebody else's eyes only.
         constexpr unsigned firstThree = 7;
-        const unsigned mask = pointer->mask >> 8;
+        const unsigned mask = m_answer->mask >> 8;
         down = (down & ~firstThree) | (mask & firstThree);
     }
     const unsigned pressed = down | m_latched;
