@@ -210,11 +210,5 @@ TEST_F(AppModelRecording, TheLastRecordingIsRevealedAndEdited) {
     EXPECT_EQ(edited.size(), 1);
 }
 
-TEST_F(AppModelRecording, TheEditorStaysClosedWhenTheCameraIsWantedMeanwhile) {
-    perform("saved edit camera");
-    EXPECT_TRUE(edited.isEmpty());
-    EXPECT_TRUE(camera->isRunning);
-}
-
 } // namespace
 } // namespace keldra

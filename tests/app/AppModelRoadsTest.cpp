@@ -93,11 +93,13 @@ INSTANTIATE_TEST_SUITE_P(
 /// Wishes about the camera that overtake each other.
 class CameraRace : public AppModelRoad {};
 
-/// Whether the camera is wanted and runs, and on what; the error and all notices.
+/// Whether the camera is wanted and runs, and on what; whether the editor came; the error and all notices.
 TEST_P(CameraRace, IsWonByTheLast) {
     perform(GetParam().story);
     QStringList outcome{model->cameraEnabled() ? "on" : "off"};
     outcome.append(camera->isRunning ? "running " + camera->configured.back() : "still");
+    if (!edited.isEmpty())
+        outcome.append("edited");
     EXPECT_EQ((outcome + words()).join(' ').toStdString(), GetParam().wanted);
     EXPECT_EQ(preferences.value(preferenceKeys::cameraEnabled), model->cameraEnabled());
     EXPECT_EQ(preferences.value(preferenceKeys::cameraDeviceID), model->selectedCameraDeviceID());
@@ -123,7 +125,44 @@ INSTANTIATE_TEST_SUITE_P(
         Road{"unpluggedWithoutAnother", "camera unplug",
              "off still error: No camera is available. told: No camera is available."},
         Road{"anotherIsPluggedIn", "camera plug-ca", "on running cam-a"},
+        Road{"theEditorStopsIt", "saved camera edit wait", "off still edited"},
+        Road{"wantedAgainBeforeTheEditorCame", "saved edit camera", "on running cam-a"},
         Road{"recordingStartsDuringAToggleOff", "camera pick holdCamera toggle press release", "off still"}),
+    nameOf);
+
+class MicrophoneRoad : public AppModelRoad {};
+
+/// Whether the microphone is wanted, and measured; what the recorder was told; how often the user was asked; the error.
+TEST_P(MicrophoneRoad, IsSwitchedOnWherePermitted) {
+    perform(GetParam().story);
+    QStringList outcome{model->microphoneEnabled() ? "on" : "off"};
+    outcome.append(metered().isEmpty() ? "silent" : metered());
+    for (const bool isEnabled : recorder.switches)
+        outcome.append(isEnabled ? "switched-on" : "switched-off");
+    if (devices->microphones.requests > 0)
+        outcome.append("asked");
+    if (!model->errorMessage().isEmpty())
+        outcome.append("error: " + model->errorMessage());
+    EXPECT_EQ(outcome.join(' ').toStdString(), GetParam().wanted);
+    EXPECT_EQ(preferences.value(preferenceKeys::microphoneEnabled), model->microphoneEnabled());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Rows, MicrophoneRoad,
+    ::testing::Values(
+        Road{"permitted", "microphone", "on mic-b"},
+        Road{"denied", "denyMicrophone microphone", "off silent error: " NO_MICROPHONE},
+        Road{"askedAndGranted", "askForMicrophone microphone", "on mic-b asked"},
+        Road{"askedAndRefused", "askForMicrophone refuseMicrophone microphone",
+             "off silent asked error: " NO_MICROPHONE},
+        Road{"recording", "record microphone", "on mic-b switched-on"},
+        Road{"recordingWithoutATrack", "noTrack record microphone",
+             "off silent switched-on "
+             "error: The microphone was not ready to be enabled during this recording."},
+        Road{"recordingAndDenied", "denyMicrophone record microphone", "off silent error: " NO_MICROPHONE},
+        Road{"alwaysSwitchedOff", "noTrack microphone record denyMicrophone microphone", "off silent switched-off"},
+        Road{"grantedDuringTheRecording", "askForMicrophone record holdAll microphone release",
+             "on mic-b switched-on asked"}),
     nameOf);
 
 /// What waits for an answer while its model goes.

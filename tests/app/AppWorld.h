@@ -196,6 +196,8 @@ private:
         {"denyCamera", [this] { devices->cameras.authorization = CaptureAuthorization::denied; }},
         {"denyMicrophone", [this] { devices->microphones.authorization = CaptureAuthorization::denied; }},
         {"askForMicrophone", [this] { devices->microphones.authorization = CaptureAuthorization::undetermined; }},
+        {"refuseMicrophone", [this] { devices->microphones.grants = false; }},
+        {"noTrack", [this] { recorder.canSwitchMicrophone = false; }},
         // Devices: a toggle or choice that is not waited for, and one that is.
         {"toggle", [this] { model->toggleCamera(); }},
         {"camera", [this] { toggleCamera(); }},

@@ -191,18 +191,6 @@ TEST_F(HttpTest, AServerThatNeverAnswersIsGivenAMinute) {
     }
 }
 
-TEST_F(HttpTest, WithoutANetworkEventsWait) {
-    const QString host = HttpServer().host(); // gone again
-    Aptabase client = world.aptabase(session, host);
-    client.initialize(world.key);
-    client.trackEvent("event");
-    ::testing::internal::CaptureStdout();
-    const bool isDone = isFlushed(client);
-    const std::string log = ::testing::internal::GetCapturedStdout();
-    ASSERT_TRUE(isDone);
-    EXPECT_EQ(log, "[KELDRA Analytics] Aptabase: Failed to send 1 events. Reason: Connection refused\n");
-}
-
 TEST_F(HttpTest, ASessionMayEndWithRequestsUnderWay) {
     server.setAnswers({HttpServer::silence()});
     auto shortLived = std::make_unique<QtHttpSession>(world.time.scheduler());
