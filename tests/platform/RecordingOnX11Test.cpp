@@ -139,7 +139,7 @@ TEST_F(X11Recording, ShowsTheBubbleWhereItIsOverAStillScreen) {
     EXPECT_FALSE(isCamera(second, 1, 281));
     EXPECT_FALSE(isCamera(second, 106, 380));
     EXPECT_FALSE(isCamera(frames.back(), 40, 380)) << "gone with the camera";
-    EXPECT_LT((second.time - first.time).seconds(), 2);
+    EXPECT_GT((second.time - first.time).seconds(), 0.2) << "ten frames carry the times at which they were drawn";
 }
 
 TEST(X11DisplayCapture, DeliversWhatChangesAndTellsOfALostDisplay) {

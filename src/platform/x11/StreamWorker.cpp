@@ -66,10 +66,12 @@ bool StreamWorker::hasEnded() const {
     return m_hasEnded;
 }
 
-/// By way of the frames' queue, so that no frame comes later.
+/// By way of the frames' queue, so that no frame comes later; posted from main, because whoever hears of the end may
+/// take the queue away, and our thread must not be busy with it then.
 void StreamWorker::answer(Completion<void> done) {
-    m_queue.post([&mainQueue = m_mainQueue, done = std::move(done)]() mutable {
-        mainQueue.post([done = std::move(done)] { done({}); });
+    m_mainQueue.post([&mainQueue = m_mainQueue, &queue = m_queue, done = std::move(done)]() mutable {
+        queue.post(
+            [&mainQueue, done = std::move(done)]() mutable { mainQueue.post([done = std::move(done)] { done({}); }); });
     });
 }
 
