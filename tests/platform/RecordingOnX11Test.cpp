@@ -1,5 +1,5 @@
-#include "doubles/ScriptedCaptureDevices.h"
 #include "doubles/ScriptedCamera.h"
+#include "doubles/ScriptedCaptureDevices.h"
 #include "media/FileMovieWriter.h"
 #include "media/TrackReader.h"
 #include "platform/Desk.h"
