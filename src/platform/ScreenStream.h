@@ -15,6 +15,9 @@ namespace keldra {
 /// A display without our own windows.
 struct DisplaySource {
     std::uint32_t displayID = 0;
+    /// When the display gets another size: whether it keeps its scale and upper left corner, cut or with black beside
+    /// it. Otherwise it is fitted in.
+    bool keepsScale = false;
 };
 
 /// One window with its decoration, wherever it is and whatever covers it.
@@ -24,7 +27,7 @@ struct WindowSource {
 
 struct StreamConfiguration {
     std::variant<DisplaySource, WindowSource> source;
-    /// Size of the frames, in pixels. A window of another size is fitted in, aspect kept, with black bars.
+    /// Size of the frames, in pixels. A source of another size is fitted in, aspect kept, with black bars.
     int width = 0;
     int height = 0;
     Duration minimumFrameInterval{};

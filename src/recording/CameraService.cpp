@@ -82,6 +82,7 @@ QCoro::Task<bool> CameraService::start(QString deviceID) {
     setRunning(started.has_value());
     if (!started) {
         m_userFacingError = QString::fromStdString(started.error().message);
+        release();
         co_return false;
     }
     Q_EMIT previewGenerationChanged(++m_previewGeneration);
@@ -115,6 +116,13 @@ QCoro::Task<Result<void>> CameraService::run(QString deviceID, QUuid token) {
     if (!*isRunning)
         co_return fail(Error{"CameraService", 2, "The camera could not start.", {}});
     co_return {};
+}
+
+/// A camera that is told to be off holds no device, whatever it ran on before; the next start sets up anew.
+void CameraService::release() {
+    m_configuredDeviceID.reset();
+    if (m_session)
+        m_session->stop([](const Result<void>&) {});
 }
 
 QCoro::Task<> CameraService::stop() {

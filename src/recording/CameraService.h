@@ -63,6 +63,7 @@ private:
     struct FrameBox;
 
     QCoro::Task<Result<void>> run(QString deviceID, QUuid token);
+    void release();
     void setAuthorized(bool isAuthorized);
     void setRunning(bool isRunning);
     void setTransitioning(bool isTransitioning);

@@ -24,6 +24,8 @@ Result<StreamPlan> planRegion(const ShareableContentSnapshot& content, const QLi
                               const RegionSelection& region) {
     TRY_LET(StreamPlan plan, planDisplay(content, screens, region.displayID));
     const Screen screen = screenForCapture(screens, region.displayID);
+    // What is cut out stays in its place.
+    plan.source = DisplaySource{region.displayID, true};
     plan.outputSize = evenPixelSize(region.rect.size(), screen.backingScaleFactor);
     return plan;
 }

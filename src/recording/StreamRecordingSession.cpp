@@ -20,10 +20,17 @@ constexpr MediaTime bubbleInterval(25, 1000);
 /// Pictures that a cropped frame reaching beyond its display may hold on to: the writer's and the one being made.
 constexpr int poolLimit = 12;
 
+QRectF regionDisplay(const StreamRecordingSession::Parts& parts) {
+    const auto* region = std::get_if<RegionSelection>(&parts.selection);
+    const auto screen = region ? findScreen(parts.screens->screens(), region->displayID) : std::nullopt;
+    return screen ? screen->frame : QRectF();
+}
+
 } // namespace
 
 StreamRecordingSession::StreamRecordingSession(Parts parts)
     : m_parts(std::move(parts))
+    , m_displayAtStart(regionDisplay(m_parts))
     , m_pool(PixelFormat::bgra, m_parts.outputWidth, m_parts.outputHeight, poolLimit)
     , m_decorator(m_parts.outputWidth, m_parts.outputHeight) {}
 
@@ -171,9 +178,8 @@ MediaTime StreamRecordingSession::stamp(MediaTime time) const {
 PixelBuffer StreamRecordingSession::croppedFrame(const PixelBuffer& picture) {
     PixelRect crop{0, 0, m_parts.outputWidth, m_parts.outputHeight};
     if (const auto* region = std::get_if<RegionSelection>(&m_parts.selection)) {
-        const auto screen = findScreen(m_parts.screens->screens(), region->displayID);
-        const auto found = cropForRegion(region->rect, screen ? screen->frame : QRectF(), picture.width(),
-                                         picture.height(), crop.width, crop.height);
+        const auto found =
+            cropForRegion(region->rect, m_displayAtStart, picture.width(), picture.height(), crop.width, crop.height);
         crop = found.value_or(crop);
     }
     return fittedToOutput(picture, crop);
@@ -220,8 +226,8 @@ FrameOverlays StreamRecordingSession::readOverlays(bool isRedraw) const {
     const bool placesHighlight = effects.showsCursorHighlight && (!isRedraw || m_lastHadBubble);
     // Only when it is needed: the desktop has to be asked.
     if (overlays.cameraPicture || placesHighlight || effects.isClickPressActive || !effects.clickRipples.empty())
-        overlays.space = overlaySpaceOf(m_parts.selection, *m_parts.screens, *m_parts.windows, m_parts.outputWidth,
-                                        m_parts.outputHeight);
+        overlays.space = overlaySpaceOf(m_parts.selection, *m_parts.screens, *m_parts.windows, m_displayAtStart,
+                                        m_parts.outputWidth, m_parts.outputHeight);
     return overlays;
 }
 

@@ -109,6 +109,8 @@ private:
     void finishIfWriterFailed();
 
     Parts m_parts;
+    /// The region's display when the recording was set up, desktop points; empty when there is none.
+    const QRectF m_displayAtStart;
     std::unique_ptr<MicrophoneStream> m_microphone;
     std::optional<MicrophoneTrack> m_microphoneTrack;
     std::optional<ClickTrack> m_clickTrack;

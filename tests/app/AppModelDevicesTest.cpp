@@ -17,43 +17,39 @@ TEST_F(AppModelDevices, MicrophoneAndCameraBeginSwitchedOff) {
     EXPECT_FALSE(model->cameraEnabled());
     EXPECT_EQ(stored("preferences.microphoneEnabled"), "false");
     EXPECT_EQ(stored("preferences.cameraEnabled"), "false");
-    EXPECT_FALSE(camera.isRunning);
+    EXPECT_FALSE(camera->isRunning);
     EXPECT_EQ(metered(), QString());
 }
 
-struct ChoiceRow {
-    const char* name;
-    QString stored;
-    QList<CaptureDeviceOption> devices;
-    QString desktopsChoice;
-    QString wanted;
-};
-
-class AppModelDeviceChoice : public AppModelDevices, public ::testing::WithParamInterface<ChoiceRow> {};
-
-TEST_P(AppModelDeviceChoice, FollowsWhatIsThere) {
-    const ChoiceRow& row = GetParam();
-    preferences.setValue(keys::cameraDeviceID, row.stored);
-    preferences.setValue(keys::microphoneDeviceID, row.stored);
-    for (auto* kind : {&devices->cameras, &devices->microphones}) {
-        kind->devices = row.devices;
-        kind->defaultID = row.desktopsChoice;
+TEST_F(AppModelDevices, TheChoiceFollowsWhatIsThere) {
+    struct Row {
+        QString stored;
+        QList<CaptureDeviceOption> devices;
+        QString desktopsChoice;
+        QString wanted;
+    };
+    const QList<CaptureDeviceOption> both{{"a", "A"}, {"b", "B"}};
+    const Row rows[] = {{"b", both, "a", "b"},
+                        {"", both, "b", "b"},
+                        {"gone", both, "b", "b"},
+                        {"gone", {{"a", "A"}}, "gone too", "a"},
+                        {"gone", {}, "", ""}};
+    for (const Row& row : rows) {
+        SCOPED_TRACE((row.stored + " -> " + row.wanted).toStdString());
+        preferences.setValue(keys::cameraDeviceID, row.stored);
+        preferences.setValue(keys::microphoneDeviceID, row.stored);
+        for (auto* kind : {&devices->cameras, &devices->microphones}) {
+            kind->devices = row.devices;
+            kind->defaultID = row.desktopsChoice;
+        }
+        makeModel();
+        EXPECT_EQ(model->cameraDevices(), row.devices);
+        EXPECT_EQ(model->selectedCameraDeviceID(), row.wanted);
+        EXPECT_EQ(model->selectedMicrophoneDeviceID(), row.wanted);
+        EXPECT_EQ(preferences.value(keys::cameraDeviceID), row.wanted);
+        EXPECT_EQ(preferences.value(keys::microphoneDeviceID), row.wanted);
     }
-    makeModel();
-    EXPECT_EQ(model->cameraDevices(), row.devices);
-    EXPECT_EQ(model->selectedCameraDeviceID(), row.wanted);
-    EXPECT_EQ(model->selectedMicrophoneDeviceID(), row.wanted);
-    EXPECT_EQ(preferences.value(keys::cameraDeviceID), row.wanted);
-    EXPECT_EQ(preferences.value(keys::microphoneDeviceID), row.wanted);
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, AppModelDeviceChoice,
-                         ::testing::Values(ChoiceRow{"storedOne", "b", {{"a", "A"}, {"b", "B"}}, "a", "b"},
-                                           ChoiceRow{"nothingStored", "", {{"a", "A"}, {"b", "B"}}, "b", "b"},
-                                           ChoiceRow{"storedOneIsGone", "x", {{"a", "A"}, {"b", "B"}}, "b", "b"},
-                                           ChoiceRow{"desktopsChoiceIsGoneToo", "x", {{"a", "A"}}, "y", "a"},
-                                           ChoiceRow{"noDevices", "x", {}, "", ""}),
-                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(AppModelDevices, ADesktopWithoutDevicesRefusesThem) {
     hasDevices = false;
@@ -67,93 +63,24 @@ TEST_F(AppModelDevices, ADesktopWithoutDevicesRefusesThem) {
 TEST_F(AppModelDevices, TheFirstCameraThatIsPluggedInRestartsNothing) {
     devices->cameras.devices.clear();
     devices->cameras.authorization = CaptureAuthorization::undetermined;
-    devices->holds = true;
+    devices->answers.holds = true;
     makeModel();
     toggleCamera();
-    devices->connect(CaptureDeviceKind::camera, {{"cam-a", "A"}});
+    devices->connect(devices->cameras, {{"cam-a", "A"}});
     time.settle();
     EXPECT_EQ(model->selectedCameraDeviceID(), "cam-a");
     EXPECT_EQ(devices->cameras.requests, 1) << "of the one start";
-    devices->answer();
-    time.settle();
-    EXPECT_TRUE(camera.isRunning);
-}
-
-struct MicrophoneRow {
-    const char* name;
-    CaptureAuthorization authorization;
-    bool grants;
-    bool isRecording;
-    bool recorderSwitches;
-    bool wantedEnabled;
-    int wantedRequests;
-    const char* wantedError;
-};
-
-class AppModelMicrophone : public AppModelDevices, public ::testing::WithParamInterface<MicrophoneRow> {};
-
-TEST_P(AppModelMicrophone, IsSwitchedOnWherePermitted) {
-    const MicrophoneRow& row = GetParam();
-    devices->microphones.authorization = row.authorization;
-    devices->microphones.grants = row.grants;
-    recorder.canSwitchMicrophone = row.recorderSwitches;
-    if (row.isRecording)
-        makeRecording();
-    else
-        makeModel();
-    const QString before = model->errorMessage();
-    toggleMicrophone();
-    EXPECT_EQ(model->microphoneEnabled(), row.wantedEnabled);
-    EXPECT_EQ(preferences.value(keys::microphoneEnabled), row.wantedEnabled);
-    EXPECT_EQ(metered(), row.wantedEnabled ? "mic-b" : "");
-    EXPECT_EQ(devices->microphones.requests, row.wantedRequests);
-    EXPECT_EQ(model->errorMessage(), row.wantedError);
-    EXPECT_EQ(recorder.switches.size(), row.isRecording && row.authorization != CaptureAuthorization::denied ? 1U : 0U);
-}
-
-constexpr const char* notGranted = "Microphone access was not granted.";
-constexpr const char* notReady = "The microphone was not ready to be enabled during this recording.";
-using enum CaptureAuthorization;
-
-INSTANTIATE_TEST_SUITE_P(
-    Rows, AppModelMicrophone,
-    ::testing::Values(MicrophoneRow{"permitted", authorized, false, false, false, true, 0, ""},
-                      MicrophoneRow{"denied", denied, true, false, false, false, 0, notGranted},
-                      MicrophoneRow{"askedAndGranted", undetermined, true, false, false, true, 1, ""},
-                      MicrophoneRow{"askedAndRefused", undetermined, false, false, false, false, 1, notGranted},
-                      MicrophoneRow{"recording", authorized, false, true, true, true, 0, ""},
-                      MicrophoneRow{"recordingWithoutATrack", authorized, false, true, false, false, 0, notReady},
-                      MicrophoneRow{"recordingAndDenied", denied, false, true, true, false, 0, notGranted}),
-    [](const auto& row) { return std::string(row.param.name); });
-
-TEST_F(AppModelDevices, AMicrophoneIsAlwaysSwitchedOff) {
-    recorder.canSwitchMicrophone = false;
-    makeModel();
-    toggleMicrophone();
-    model->setCurrentSelection(wholeDisplay);
-    press();
-    devices->microphones.authorization = denied;
-    toggleMicrophone();
-    EXPECT_FALSE(model->microphoneEnabled());
-    EXPECT_EQ(model->errorMessage(), QString());
-    EXPECT_EQ(metered(), QString());
-    EXPECT_EQ(recorder.switches, std::vector<bool>{false});
-}
-
-TEST_F(AppModelDevices, APermissionThatComesDuringTheRecordingSwitchesTheRecorder) {
-    devices->microphones.authorization = undetermined;
-    devices->holds = true;
-    makeRecording();
-    toggleMicrophone();
-    EXPECT_TRUE(recorder.switches.empty());
-    devices->answer();
-    time.settle();
-    EXPECT_EQ(recorder.switches, std::vector<bool>{true});
-    EXPECT_TRUE(model->microphoneEnabled());
+    releaseAll();
+    EXPECT_TRUE(camera->isRunning);
 }
 
 TEST_F(AppModelDevices, TheMeterFollowsTheMicrophone) {
+    meter->canStart = false;
     makeModel();
+    toggleMicrophone();
+    EXPECT_TRUE(model->microphoneEnabled()) << "a meter that cannot start shows nothing";
+    toggleMicrophone();
+    meter->canStart = true;
     toggleMicrophone();
     EXPECT_EQ(metered(), "mic-b");
     meter->power = -5;
@@ -166,24 +93,15 @@ TEST_F(AppModelDevices, TheMeterFollowsTheMicrophone) {
     EXPECT_EQ(metered(), "mic-a");
     EXPECT_EQ(preferences.value(keys::microphoneDeviceID), "mic-a");
 
-    devices->connect(CaptureDeviceKind::microphone, {{"mic-b", "B"}});
+    devices->connect(devices->microphones, {{"mic-b", "B"}});
     EXPECT_EQ(metered(), "mic-a") << "a turn later";
     time.settle();
     EXPECT_EQ(metered(), "mic-b");
-    devices->connect(CaptureDeviceKind::microphone, {});
+    devices->connect(devices->microphones, {});
     time.settle();
     EXPECT_EQ(metered(), QString());
     EXPECT_EQ(model->microphoneLevel(), 0);
     EXPECT_TRUE(model->microphoneEnabled()) << "the next one that is plugged in is used";
-    EXPECT_TRUE(notices.isEmpty());
-}
-
-TEST_F(AppModelDevices, AMeterThatCannotStartShowsNothing) {
-    meter->canStart = false;
-    makeModel();
-    toggleMicrophone();
-    EXPECT_TRUE(model->microphoneEnabled());
-    EXPECT_EQ(model->microphoneLevel(), 0);
     EXPECT_TRUE(notices.isEmpty());
 }
 
@@ -201,27 +119,17 @@ TEST_F(AppModelDevices, ListsDisplaysInPoints) {
     EXPECT_EQ(model->selectedDisplayID(), 0U);
 }
 
-struct RegionRow {
-    const char* name;
-    QRectF rect;
-    std::uint32_t displayID;
-};
-
-class AppModelRegion : public AppModelDevices, public ::testing::WithParamInterface<RegionRow> {};
-
-TEST_P(AppModelRegion, IsOnTheDisplayOfItsMiddle) {
-    makeModel().updateRegionSelection(GetParam().rect);
-    EXPECT_EQ(model->currentSelection(), CaptureSelection(RegionSelection{GetParam().displayID, GetParam().rect}));
-    EXPECT_EQ(model->selectedDisplayID(), GetParam().displayID);
+TEST_F(AppModelDevices, ARegionIsOnTheDisplayOfItsMiddle) {
+    for (const auto& [rect, displayID] : {std::pair(QRectF(0, 0, 100, 100), 1U),
+                                          {QRectF(1900, 200, 100, 100), 2U},
+                                          {QRectF(1910, 500, 20, 20), 2U},
+                                          {QRectF(2000, 0, 100, 100), 1U},
+                                          {QRectF(-900, -900, 10, 10), 1U}}) {
+        makeModel().updateRegionSelection(rect);
+        EXPECT_EQ(model->currentSelection(), CaptureSelection(RegionSelection{displayID, rect})) << rect.x();
+        EXPECT_EQ(model->selectedDisplayID(), displayID) << rect.x();
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Rows, AppModelRegion,
-                         ::testing::Values(RegionRow{"main", QRectF(0, 0, 100, 100), 1},
-                                           RegionRow{"mostlySide", QRectF(1900, 200, 100, 100), 2},
-                                           RegionRow{"edgeOfBoth", QRectF(1910, 500, 20, 20), 2},
-                                           RegionRow{"belowSide", QRectF(2000, 0, 100, 100), 1},
-                                           RegionRow{"nowhere", QRectF(-900, -900, 10, 10), 1}),
-                         [](const auto& row) { return std::string(row.param.name); });
 
 class AppModelSelecting : public AppModelDevices {
 protected:

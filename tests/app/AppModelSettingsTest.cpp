@@ -7,54 +7,9 @@ using namespace std::chrono_literals;
 using testing::AppWorld;
 namespace keys = preferenceKeys;
 
-class AppModelSettings : public AppWorld {
-protected:
-    void chooseFolder(const Result<std::optional<QUrl>>& choice) {
-        dialogs->choice = choice;
-        model->chooseOutputDirectory();
-        time.advance(100ms);
-    }
-};
+class AppModelSettings : public AppWorld {};
 
-TEST_F(AppModelSettings, AreLoaded) {
-    const QString output = folder.filePath("output");
-    QDir().mkpath(output);
-    preferences.setValue(keys::showClickIndicators, false);
-    preferences.setValue(keys::clickSoundEnabled, true);
-    preferences.setValue(keys::clickSoundStyle, ClickSoundStyle::classic);
-    preferences.setValue(keys::analyticsEnabled, true);
-    preferences.setValue(keys::countdownDuration, CountdownDuration::ten);
-    preferences.setValue(keys::clickIndicatorIntensity, 9);
-    preferences.setValue(keys::showCursorHighlight, true);
-    preferences.setValue(keys::cursorHighlightIntensity, 0.05);
-    preferences.setValue(keys::cursorHighlightSize, 200);
-    preferences.setValue(keys::recordingQuality, RecordingQuality::medium);
-    preferences.setValue(keys::outputDirectoryPath, output);
-    preferences.setValue(keys::cameraOverlaySize, CameraOverlaySize::small);
-    preferences.setValue(keys::cameraOverlayShape, CameraOverlayShape::roundedSquare);
-    makeModel();
-    EXPECT_FALSE(model->showClickIndicators());
-    EXPECT_TRUE(model->clickSoundEnabled());
-    EXPECT_EQ(model->clickSoundStyle(), ClickSoundStyle::classic);
-    EXPECT_TRUE(model->analyticsEnabled());
-    EXPECT_EQ(model->countdownDuration(), CountdownDuration::ten);
-    EXPECT_EQ(model->clickIndicatorIntensity(), 2);
-    EXPECT_TRUE(model->showCursorHighlight());
-    EXPECT_EQ(model->cursorHighlightIntensity(), 0.05) << "as stored";
-    EXPECT_EQ(model->cursorHighlightSize(), 200) << "as stored";
-    EXPECT_EQ(model->recordingQuality(), RecordingQuality::medium);
-    EXPECT_EQ(model->outputDirectoryURL(), QUrl::fromLocalFile(output));
-    EXPECT_EQ(model->cameraOverlaySize(), CameraOverlaySize::small);
-    EXPECT_EQ(model->cameraOverlayShape(), CameraOverlayShape::roundedSquare);
-
-    const PointerEffectsSnapshot effects = pointerMonitor->snapshot();
-    EXPECT_EQ(effects.cursorHighlightIntensity, 0.2) << "within bounds";
-    EXPECT_EQ(effects.cursorHighlightSize, 80);
-    EXPECT_TRUE(pointerMonitor->isRunning());
-    EXPECT_EQ(stored("preferences.cursorHighlightSize"), "200");
-}
-
-TEST_F(AppModelSettings, AreStoredAndWritten) {
+TEST_F(AppModelSettings, AreStoredAndLoadedByTheNext) {
     makeModel();
     model->setShowClickIndicators(false);
     model->setClickSoundEnabled(true);
@@ -65,22 +20,42 @@ TEST_F(AppModelSettings, AreStoredAndWritten) {
     model->setRecordingQuality(RecordingQuality::low);
     model->toggleCameraOverlaySize();
     model->toggleCameraOverlayShape();
+    preferences.setValue(keys::clickIndicatorIntensity, 9);
+    preferences.setValue(keys::cursorHighlightIntensity, 0.05);
+    preferences.setValue(keys::cursorHighlightSize, 200);
+    const std::pair<const char*, const char*> texts[] = {
+        {"preferences.showClickIndicators", "false"},
+        {"preferences.clickSoundEnabled", "true"},
+        {"preferences.clickSoundStyle", "classic"},
+        {"analyticsEnabled", "true"},
+        {"preferences.countdownSeconds", "3"},
+        {"preferences.showCursorHighlight", "true"},
+        {"preferences.recordingQuality", "low"},
+        {"preferences.cameraOverlaySize", "small"},
+        {"preferences.cameraOverlayShape", "roundedSquare"},
+    };
+    for (const auto& [key, text] : texts)
+        EXPECT_EQ(stored(key), text) << key;
+
+    makeModel();
     EXPECT_FALSE(model->showClickIndicators());
+    EXPECT_TRUE(model->clickSoundEnabled());
+    EXPECT_EQ(model->clickSoundStyle(), ClickSoundStyle::classic);
+    EXPECT_TRUE(model->analyticsEnabled());
     EXPECT_EQ(model->countdownDuration(), CountdownDuration::three);
+    EXPECT_TRUE(model->showCursorHighlight());
+    EXPECT_EQ(model->recordingQuality(), RecordingQuality::low);
     EXPECT_EQ(model->cameraOverlaySize(), CameraOverlaySize::small);
-    EXPECT_EQ(stored("preferences.showClickIndicators"), "false");
-    EXPECT_EQ(stored("preferences.clickSoundEnabled"), "true");
-    EXPECT_EQ(stored("preferences.clickSoundStyle"), "classic");
-    EXPECT_EQ(stored("analyticsEnabled"), "true");
-    EXPECT_EQ(stored("preferences.countdownSeconds"), "3");
-    EXPECT_EQ(stored("preferences.showCursorHighlight"), "true");
-    EXPECT_EQ(stored("preferences.recordingQuality"), "low");
-    EXPECT_EQ(stored("preferences.cameraOverlaySize"), "small");
-    EXPECT_EQ(stored("preferences.cameraOverlayShape"), "roundedSquare");
+    EXPECT_EQ(model->cameraOverlayShape(), CameraOverlayShape::roundedSquare);
+    EXPECT_EQ(model->clickIndicatorIntensity(), 2);
+    EXPECT_EQ(model->cursorHighlightIntensity(), 0.05) << "as stored";
+    EXPECT_EQ(model->cursorHighlightSize(), 200) << "as stored";
+    EXPECT_EQ(pointerMonitor->snapshot().cursorHighlightIntensity, 0.2) << "within bounds";
+    EXPECT_EQ(pointerMonitor->snapshot().cursorHighlightSize, 80);
     model->toggleCameraOverlaySize();
     model->toggleCameraOverlayShape();
-    EXPECT_EQ(stored("preferences.cameraOverlaySize"), "large");
-    EXPECT_EQ(stored("preferences.cameraOverlayShape"), "circle");
+    EXPECT_EQ(model->cameraOverlaySize(), CameraOverlaySize::large);
+    EXPECT_EQ(model->cameraOverlayShape(), CameraOverlayShape::circle);
 }
 
 TEST_F(AppModelSettings, AreClampedWhereTheyAreSliders) {
@@ -130,10 +105,7 @@ TEST_F(AppModelSettings, AnyPointerEffectKeepsTheMonitorRunning) {
 }
 
 TEST_F(AppModelSettings, ConsentStartsAndEndsTheReports) {
-    makeModel().setCurrentSelection(wholeDisplay);
-    press();
-    press();
-    finish(take);
+    perform("record press save");
     EXPECT_EQ(telemetrySent(), QStringList());
     model->setAnalyticsEnabled(true);
     Q_EMIT analytics.application.didBecomeActive();
@@ -149,8 +121,7 @@ TEST_F(AppModelSettings, ConsentStartsAndEndsTheReports) {
 TEST_F(AppModelSettings, TheCameraPreviewHasTheHeightOfItsBubble) {
     makeModel();
     EXPECT_EQ(model->cameraPreviewHeight(), 50);
-    model->toggleCamera();
-    time.settle();
+    toggleCamera();
     EXPECT_EQ(model->cameraPreviewHeight(), 288);
     model->toggleCameraOverlaySize();
     EXPECT_EQ(model->cameraPreviewHeight(), 228);
@@ -168,31 +139,27 @@ TEST_F(AppModelSettings, AFolderIsChosen) {
     EXPECT_TRUE(dialogs->shown.isEmpty());
     time.advance(1ms);
     EXPECT_EQ(dialogs->shown, (QList<FolderDialog>{{"Recording folder", "Select", before}}));
-    EXPECT_FALSE(model->isSettingsPresented());
-    dialogs->answers.releaseAll();
-    time.settle();
+    releaseAll();
 
     EXPECT_EQ(model->outputDirectoryURL(), chosen);
     EXPECT_EQ(stored("preferences.outputDirectoryPath"), chosen.toLocalFile());
     EXPECT_TRUE(model->isSettingsPresented());
     ASSERT_TRUE(model->notice());
     EXPECT_EQ(*model->notice(), (AppNotice{model->notice()->id, AppNotice::Kind::info, "Output folder updated"}));
-    time.advance(3999ms);
-    EXPECT_TRUE(model->notice());
-    time.advance(1ms);
+    time.advance(4s);
     EXPECT_FALSE(model->notice());
 }
 
 TEST_F(AppModelSettings, AFolderThatIsNotChosenChangesNothing) {
     const QUrl before = makeModel().outputDirectoryURL();
-    for (const Result<std::optional<QUrl>>& choice :
-         {Result<std::optional<QUrl>>(std::nullopt), Result<std::optional<QUrl>>(keldra::fail(diskFull))}) {
+    for (const auto& choice : {dialogs->choice, decltype(dialogs->choice)(keldra::fail(diskFull))})
         for (const bool isPresented : {true, false}) {
+            dialogs->choice = choice;
             model->setIsSettingsPresented(isPresented);
-            chooseFolder(choice);
+            model->chooseOutputDirectory();
+            time.advance(100ms);
             EXPECT_EQ(model->isSettingsPresented(), isPresented);
         }
-    }
     EXPECT_EQ(dialogs->shown.size(), 4);
     EXPECT_EQ(model->outputDirectoryURL(), before);
     EXPECT_FALSE(stored("preferences.outputDirectoryPath").isValid());

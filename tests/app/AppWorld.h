@@ -5,6 +5,8 @@
 #include "app/SettingsFile.h"
 #include "doubles/FixedDesktop.h"
 #include "doubles/ScriptedAudioMeter.h"
+#include "doubles/ScriptedCamera.h"
+#include "doubles/ScriptedCaptureDevices.h"
 #include "doubles/ScriptedPointer.h"
 #include "services/AnalyticsWorld.h"
 
@@ -32,10 +34,7 @@ protected:
     ~AppWorld() override {
         // What still waits holds coroutines.
         model.reset();
-        for (Answers* each :
-             {&countdowns, &selections, &camera.answers, &permissions->answers, &dialogs->answers, &recorder.answers})
-            each->releaseAll();
-        time.settle();
+        releaseAll();
     }
 
     virtual RecordingEngine& engine() { return recorder; }
@@ -68,6 +67,31 @@ protected:
         return *model;
     }
 
+    QList<Answers*> everyAnswer() {
+        return {&countdowns,       &selections,       &camera->answers, &permissions->answers,
+                &dialogs->answers, &devices->answers, &recorder.answers};
+    }
+    void releaseAll() {
+        for (Answers* each : everyAnswer())
+            each->releaseAll();
+        time.settle();
+    }
+
+    /// Carries out words such as "record press save", one after the other; what they mean is written below. What comes
+    /// before a "|" happens before there is a model.
+    void perform(const QString& story) {
+        const QStringList words = story.split(' ', Qt::SkipEmptyParts);
+        if (!words.contains("|"))
+            makeModel();
+        for (const QString& word : words)
+            if (word == "|")
+                makeModel();
+            else if (const auto step = m_steps.find(word); step != m_steps.end())
+                step->second();
+            else
+                ADD_FAILURE() << "nobody knows how to " << word.toStdString();
+    }
+
     /// Presses the record button and lets everything happen that needs no test.
     void press() {
         model->startRecording();
@@ -86,11 +110,7 @@ protected:
         time.settle();
     }
     /// A model that records the whole display.
-    AppModel& makeRecording() {
-        makeModel().setCurrentSelection(wholeDisplay);
-        press();
-        return *model;
-    }
+    void makeRecording() { perform("record"); }
     /// The microphone whose level is measured.
     QString metered() const { return meter->isRunning ? meter->started.back() : QString(); }
     QStringList telemetrySent() {
@@ -120,9 +140,9 @@ protected:
     Telemetry telemetry{aptabase, {analytics.key, {}, {}}};
     AppPreferences preferences{openSettings(folder.filePath("current.ini")),
                                openSettings(folder.filePath("legacy.ini")), UserFolders{folder.path(), folder.path()}};
-    CameraScript camera{time.mainQueue()};
+    std::shared_ptr<CameraScript> camera = std::make_shared<CameraScript>(time.mainQueue());
     std::shared_ptr<CameraService> cameraService =
-        std::make_shared<CameraService>(devices, std::make_unique<ScriptedCameraSession>(camera), time.queue("camera"));
+        std::make_shared<CameraService>(devices, std::make_unique<ScriptedCamera>(camera), time.queue("camera"));
     std::shared_ptr<AudioMeterScript> meter = std::make_shared<AudioMeterScript>();
     MicrophoneLevelMonitor levelMonitor{devices, std::make_unique<ScriptedAudioMeter>(meter), time.scheduler()};
     std::shared_ptr<PointerEffectsMonitor> pointerMonitor = std::make_shared<PointerEffectsMonitor>(
@@ -142,6 +162,81 @@ protected:
     QStringList notices;
 
 private:
+    void pick() { model->setCurrentSelection(wholeDisplay); }
+    void hold(Answers& answers) { answers.holds = true; }
+    void refuse(const QString& cameraID) { camera->refusals[cameraID] = Error{"Camera", 5, "It is in use.", {}}; }
+    void connect(const QList<CaptureDeviceOption>& cameras) {
+        devices->connect(devices->cameras, cameras);
+        time.settle();
+    }
+    void chooseCamera(const QString& cameraID) {
+        model->selectCameraDevice(cameraID);
+        time.settle();
+    }
+
+    // What perform() can do.
+    const std::map<QString, std::function<void()>> m_steps{
+        // The recording.
+        {"pick", [this] { pick(); }},
+        {"unpick", [this] { model->setCurrentSelection(std::nullopt); }},
+        {"press", [this] { press(); }},
+        {"record", [this] { pick(), press(); }},
+        {"stop", [this] { model->stopRecording(); }},
+        {"save", [this] { finish(take); }},
+        {"fail", [this] { finish(keldra::fail(diskFull)); }},
+        {"saved", [this] { model->setLastSavedURL(take.url); }},
+        {"edit", [this] { model->openLastRecordingInEditor(); }},
+        {"refuseStart", [this] { recorder.startError = diskFull; }},
+        {"allowStart", [this] { recorder.startError.reset(); }},
+        {"noCountdown", [this] { model->setWindows({}); }},
+        // Permissions.
+        {"nothingForbidden", [this] { hasPermissions = false; }},
+        {"askForScreen", [this] { permissions->isGranted = false; }},
+        {"refuseScreen", [this] { permissions->isGranted = permissions->grants = false; }},
+        {"denyCamera", [this] { devices->cameras.authorization = CaptureAuthorization::denied; }},
+        {"denyMicrophone", [this] { devices->microphones.authorization = CaptureAuthorization::denied; }},
+        {"askForMicrophone", [this] { devices->microphones.authorization = CaptureAuthorization::undetermined; }},
+        {"refuseMicrophone", [this] { devices->microphones.grants = false; }},
+        {"noTrack", [this] { recorder.canSwitchMicrophone = false; }},
+        // Devices: a toggle or choice that is not waited for, and one that is.
+        {"toggle", [this] { model->toggleCamera(); }},
+        {"camera", [this] { toggleCamera(); }},
+        {"microphone", [this] { toggleMicrophone(); }},
+        {"refuse-a", [this] { refuse("cam-a"); }},
+        {"refuseNone", [this] { camera->refusals.clear(); }},
+        {"choose-b", [this] { chooseCamera("cam-b"); }},
+        {"choose-x", [this] { chooseCamera("cam-x"); }},
+        {"plug-b",
+         [this] {
+             connect({{"cam-b", "B"}});
+         }},
+        {"plug-ca",
+         [this] {
+             connect({{"cam-c", "C"}, {"cam-a", "A"}});
+         }},
+        {"unplug", [this] { connect({}); }},
+        // Windows and words.
+        {"select", [this] { model->selectCaptureMode(CaptureMode::region); }},
+        {"chooseFolder", [this] { model->chooseOutputDirectory(); }},
+        {"wait", [this] { time.advance(std::chrono::seconds(1)); }},
+        {"say", [this] { model->setErrorMessage("another"); }},
+        // What waits for the test.
+        {"holdCamera", [this] { hold(camera->answers); }},
+        {"holdCountdown", [this] { hold(countdowns); }},
+        {"holdStart", [this] { hold(recorder.answers); }},
+        {"holdAll",
+         [this] {
+             for (Answers* each : everyAnswer())
+                 hold(*each);
+         }},
+        {"release", [this] { releaseAll(); }},
+        {"releaseOne",
+         [this] {
+             camera->answers.release();
+             time.settle();
+         }},
+    };
+
     QCoro::Task<> countDown() {
         ++countdownsShown;
         (void)co_await awaitCompletion<void>(

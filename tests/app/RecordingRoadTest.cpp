@@ -98,15 +98,6 @@ TEST_F(RecordingRoad, AFolderThatVanishesIsToldAndUsedAgainWhenItIsBack) {
     EXPECT_EQ(model->lastSavedURL().toLocalFile().toStdString(), writer->path);
 }
 
-TEST_F(RecordingRoad, AMicrophoneThatTheRecordingHasNotIsRefused) {
-    makeRecording();
-    deliverFrame();
-    model->toggleMicrophone();
-    time.settle();
-    EXPECT_FALSE(model->microphoneEnabled());
-    EXPECT_EQ(model->errorMessage(), "The microphone was not ready to be enabled during this recording.");
-}
-
 TEST_F(RecordingRoad, AStreamThatDiesEndsTheRecording) {
     makeRecording();
     deliverFrame();

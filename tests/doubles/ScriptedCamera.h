@@ -1,8 +1,9 @@
 #pragma once
 
+#include "doubles/Answers.h"
 #include "platform/CameraSession.h"
 
-#include <deque>
+#include <map>
 #include <memory>
 #include <vector>
 
@@ -10,21 +11,16 @@ namespace keldra {
 
 /// What a test sees and steers of a ScriptedCamera; outlives the session.
 struct CameraScript {
-    std::vector<QString> configured;
-    std::optional<Error> configureError;
-    bool startsRunning = true;
-    bool isRunning = false;
-    /// While held, what is asked of the session waits for letGo().
-    bool isHeld = false;
+    explicit CameraScript(Executor& mainQueue) : answers(mainQueue) {}
 
-    void letGo() {
-        isHeld = false;
-        while (!m_waiting.empty()) {
-            const auto work = std::move(m_waiting.front());
-            m_waiting.pop_front();
-            work();
-        }
-    }
+    /// What is asked of the session is done when it is answered.
+    Answers answers;
+    /// Why a device cannot be set up.
+    std::map<QString, Error> refusals;
+    bool startsRunning = true;
+    std::vector<QString> configured;
+    bool isRunning = false;
+
     /// A picture of the camera, delivered as the real one does.
     void deliver(PixelBuffer picture) {
         if (m_queue)
@@ -33,13 +29,6 @@ struct CameraScript {
 
 private:
     friend class ScriptedCamera;
-    void perform(std::function<void()> work) {
-        if (isHeld)
-            m_waiting.push_back(std::move(work));
-        else
-            work();
-    }
-    std::deque<std::function<void()>> m_waiting;
     Executor* m_queue = nullptr;
     CameraSession::FrameHandler m_frames;
 };
@@ -47,34 +36,33 @@ private:
 /// A camera whose pictures come from a test.
 class ScriptedCamera final : public CameraSession {
 public:
-    ScriptedCamera(std::shared_ptr<CameraScript> script, Executor& mainQueue)
-        : m_script(std::move(script)), m_mainQueue(mainQueue) {}
+    explicit ScriptedCamera(std::shared_ptr<CameraScript> script) : m_script(std::move(script)) {}
 
     void configure(const QString& deviceID, Executor& queue, FrameHandler frames, Completion<void> done) override {
-        m_script->perform([=, this, &queue] {
-            m_script->configured.push_back(deviceID);
-            m_script->m_queue = &queue;
-            m_script->m_frames = frames;
-            const auto error = m_script->configureError;
-            m_mainQueue.post([error, done] { done(error ? Result<void>(fail(*error)) : Result<void>()); });
+        m_script->answers.add([script = m_script, deviceID, &queue, frames, done] {
+            if (const auto refusal = script->refusals.find(deviceID); refusal != script->refusals.end())
+                return done(fail(refusal->second));
+            script->configured.push_back(deviceID);
+            script->m_queue = &queue;
+            script->m_frames = frames;
+            done({});
         });
     }
     void start(Completion<bool> done) override {
-        m_script->perform([this, done] {
-            m_script->isRunning = m_script->startsRunning;
-            m_mainQueue.post([isRunning = m_script->isRunning, done] { done(isRunning); });
+        m_script->answers.add([script = m_script, done] {
+            script->isRunning = script->startsRunning;
+            done(script->isRunning);
         });
     }
     void stop(Completion<void> done) override {
-        m_script->perform([this, done] {
-            m_script->isRunning = false;
-            m_mainQueue.post([done] { done({}); });
+        m_script->answers.add([script = m_script, done] {
+            script->isRunning = false;
+            done({});
         });
     }
 
 private:
-    std::shared_ptr<CameraScript> m_script;
-    Executor& m_mainQueue;
+    const std::shared_ptr<CameraScript> m_script;
 };
 
 } // namespace keldra

@@ -175,6 +175,30 @@ def xdotool(*words):
     subprocess.run(["xdotool", *map(str, words)], check=True)
 
 
+class DisplayMode:
+    """Another size of the display while the context lasts, set as its user would."""
+
+    def __init__(self, width, height):
+        self.name = f"{width}x{height}"
+        timings = (50, width, width + 50, width + 100, width + 150, height, height + 5, height + 10, height + 15)
+        modes = subprocess.run(["xrandr"], check=True, stdout=subprocess.PIPE, text=True).stdout
+        self.before = re.search(r"(\S+)\s+[0-9.]+\*", modes).group(1)
+        if f" {self.name} " not in modes:
+            self._xrandr("--newmode", self.name, *timings)
+            self._xrandr("--addmode", "screen", self.name)
+
+    def __enter__(self):
+        self._xrandr("--output", "screen", "--mode", self.name)
+        return self
+
+    def __exit__(self, *_):
+        self._xrandr("--output", "screen", "--mode", self.before)
+
+    @staticmethod
+    def _xrandr(*words):
+        subprocess.run(["xrandr", *map(str, words)], check=True)
+
+
 def numbers_of(path, origin=(0, 0)):
     """The scene's number in every picture of a recording; the scene's corner lies at origin."""
     layout = LAYOUT["number"]

@@ -4,7 +4,7 @@ import time
 
 import numpy
 
-from harness import (Recording, Scene, TestCase, numbers_of, onsets, pictures, run, sound, stamps, until,
+from harness import (DisplayMode, Recording, Scene, TestCase, numbers_of, onsets, pictures, run, sound, stamps, until,
                      xdotool)
 from test_recording import content_in_frame
 
@@ -82,11 +82,15 @@ class ClickSoundTest(TestCase):
 
 
 class ClickDrawingTest(TestCase):
-    def check_ripples(self, source, scene, place, origin):
-        """The pointer stands at the scene's spot, which is at `place` of the desktop, where the recording begins at `origin`."""
-        xdotool("mousemove", "--window", scene.window, *SPOT)
+    def check_ripples(self, source, scene, place, origin, moved_to=None):
+        """The scene's spot is at `place` of the desktop, where the recording begins at `origin`."""
         recording = Recording(self.folder, *source, options=["--clicks"])
         growing(recording)
+        if moved_to:
+            shown = scene.shown[-1][0]
+            xdotool("windowmove", scene.window, *moved_to)
+            until(lambda: scene.shown[-1][0] > shown + 10, "pictures after the move")
+        xdotool("mousemove", "--window", scene.window, *SPOT)
         click(scene)
         made = scene.clicks[-1]
         wait(1)
@@ -113,7 +117,7 @@ class ClickDrawingTest(TestCase):
             self.check_ripples(["--area", "601,101,301,201"], scene, SPOT, (601, 101))
         with Scene("--managed", "--geometry", "900x600+200+100", "--rate", 20) as scene:
             left, top = content_in_frame(scene.window)
-            self.check_ripples(["--window", scene.window], scene, (left + SPOT[0], top + SPOT[1]), (0, 0))
+            self.check_ripples(["--window", scene.window], scene, (left + SPOT[0], top + SPOT[1]), (0, 0), (640, 330))
 
     def test_a_click_on_a_still_screen_is_drawn_too(self):
         with Scene("--still") as scene:
@@ -149,12 +153,13 @@ class ClickDrawingTest(TestCase):
                 self.assertAlmostEqual(dot, GREY, delta=6)
 
 
-class HighlightTest(TestCase):
-    def lit(self, picture, x, y):
-        """The outer ring of the highlight, seen to the upper left of the pointer's own picture."""
-        red, green, blue = picture[y - 14, x - 14].astype(int)
-        return red - blue > 30 and green - blue > 20
+def is_lit(picture, x, y):
+    """The outer ring of the highlight, seen to the upper left of the pointer's own picture."""
+    red, green, blue = picture[int(y) - 14, int(x) - 14].astype(int)
+    return red - blue > 30 and green - blue > 20
 
+
+class HighlightTest(TestCase):
     def test_a_highlight_follows_the_pointer(self):
         with Scene("--rate", 20):
             xdotool("mousemove", *SPOT)
@@ -165,10 +170,24 @@ class HighlightTest(TestCase):
             path = recording.stop()
         frames = pictures(path, (600, 100, 400, 200))
         places = [(SPOT[0] - 600, SPOT[1] - 100), (SPOT[0] - 450, SPOT[1] - 80)]
-        self.assertTrue(self.lit(frames[0], *places[0]))
-        self.assertFalse(self.lit(frames[0], *places[1]))
-        self.assertTrue(self.lit(frames[-1], *places[1]))
-        self.assertFalse(self.lit(frames[-1], *places[0]))
+        self.assertTrue(is_lit(frames[0], *places[0]))
+        self.assertFalse(is_lit(frames[0], *places[1]))
+        self.assertTrue(is_lit(frames[-1], *places[1]))
+        self.assertFalse(is_lit(frames[-1], *places[0]))
+
+    def test_a_highlight_lies_in_an_area_and_not_beyond(self):
+        for left, is_inside in ((601, True), (720, False)):
+            with Scene("--rate", 20):
+                xdotool("mousemove", *SPOT)
+                recording = Recording(self.folder, "--area", f"{left},101,300,200", options=["--highlight"])
+                growing(recording)
+                path = recording.stop()
+            frames = pictures(path)
+            if is_inside:
+                self.assertTrue(is_lit(frames[-1], SPOT[0] - left, SPOT[1] - 101))
+            else:
+                self.assertLess(numpy.ptp(frames[-1][80:120, :40].astype(int)), 10, "the pointer is outside")
+            path.unlink()
 
     def test_a_highlight_stays_at_the_pointer_when_the_window_moves(self):
         with Scene("--managed", "--geometry", "900x600+200+100", "--rate", 20) as scene:
@@ -181,11 +200,11 @@ class HighlightTest(TestCase):
             path = recording.stop()
         frames = pictures(path)
         place = (SPOT[0] + left, SPOT[1] + top)
-        self.assertTrue(self.lit(frames[0], *place))
-        self.assertFalse(self.lit(frames[-1], *place))
+        self.assertTrue(is_lit(frames[0], *place))
+        self.assertFalse(is_lit(frames[-1], *place))
         # Moving a client by so much may move it by its frame too.
         moved = [(place[0] - 90 - dx, place[1] - 60 - dy) for dx in (0, left) for dy in (0, top)]
-        self.assertTrue(any(self.lit(frames[-1], x, y) for x, y in moved))
+        self.assertTrue(any(is_lit(frames[-1], x, y) for x, y in moved))
 
     def test_nothing_is_written_for_a_highlight_on_a_still_screen(self):
         with Scene("--still"):
@@ -195,6 +214,57 @@ class HighlightTest(TestCase):
             wait(2)
             path = recording.stop()
         self.assertLessEqual(len(stamps(path)), 5)
+
+
+class ChangedDisplayTest(TestCase):
+    """A display that gets another size while it is recorded, with a pointer that stands where the scene is grey."""
+
+    def record(self, source, change, options=("--highlight",), environment=None):
+        """The first picture, and one from well after the change."""
+        with Scene("--geometry", "800x480+0+0", "--rate", 10) as scene:
+            xdotool("mousemove", *SPOT)
+            recording = Recording(self.folder, *source, options=options, environment=environment)
+            growing(recording)
+            with change:
+                changed = scene.shown[-1][0]
+                until(lambda: scene.shown[-1][0] > changed + 15, "pictures after the change")
+                path = recording.stop()
+        frames = pictures(path)
+        path.unlink()
+        return frames[0], frames[-1]
+
+    def check(self, picture, left, top, scale=1.0):
+        """Where the scene's corner is, and its scale."""
+        self.assertColours(picture, (left, top), scale)
+        self.assertTrue(is_lit(picture, left + SPOT[0] * scale, top + SPOT[1] * scale))
+
+    def test_a_display_is_fitted_into_its_first_size(self):
+        first, last = self.record(["--display", 1], DisplayMode(960, 720))
+        self.check(first, 0, 0)
+        self.assertEqual(last.shape[:2], (1080, 1920))
+        self.check(last, 240, 0, 1.5)
+        self.assertLessEqual(max(last[:, :236].max(), last[:, 1684:].max()), 3)
+        with DisplayMode(960, 720):
+            first, last = self.record(["--display", 1], DisplayMode(1920, 1080))
+        self.check(first, 0, 0)
+        self.assertEqual(last.shape[:2], (720, 960))
+        self.check(last, 0, 90, 0.5)
+
+    def test_an_area_stays_where_it_is(self):
+        first, last = self.record(["--area", "20,10,1200,500"], DisplayMode(960, 720))
+        self.check(first, -20, -10)
+        self.check(last, -20, -10)
+        self.assertLessEqual(last[:, 944:].max(), 3, "black beyond the display")
+        with DisplayMode(960, 720):
+            first, last = self.record(["--area", "20,10,900,500"], DisplayMode(1920, 1080))
+        self.check(first, -20, -10)
+        self.check(last, -20, -10)
+
+    def test_plain_capture_keeps_the_scale(self):
+        first, last = self.record(["--display", 1], DisplayMode(960, 720), (), {"KELDRA_CAPTURE": "display"})
+        self.assertEqual(last.shape, first.shape)
+        self.assertColours(last)
+        self.assertLessEqual(max(last[724:].max(), last[:, 964:].max()), 3)
 
 
 class PlainCaptureTest(TestCase):

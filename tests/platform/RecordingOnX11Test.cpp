@@ -1,5 +1,5 @@
-#include "doubles/FixedCaptureDevices.h"
 #include "doubles/ScriptedCamera.h"
+#include "doubles/ScriptedCaptureDevices.h"
 #include "media/FileMovieWriter.h"
 #include "media/TrackReader.h"
 #include "platform/Desk.h"
@@ -98,10 +98,10 @@ protected:
     QTemporaryDir folder;
     SerialQueue cameraQueue{"test camera"};
     SerialQueue captureQueue{"test capture"};
-    std::shared_ptr<CameraScript> script = std::make_shared<CameraScript>();
+    std::shared_ptr<CameraScript> script = std::make_shared<CameraScript>(desk.mainQueue);
     std::shared_ptr<CameraService> camera =
-        std::make_shared<CameraService>(std::make_shared<FixedCaptureDevices>(desk.mainQueue),
-                                        std::make_unique<ScriptedCamera>(script, desk.mainQueue), cameraQueue);
+        std::make_shared<CameraService>(std::make_shared<ScriptedCaptureDevices>(desk.mainQueue),
+                                        std::make_unique<ScriptedCamera>(script), cameraQueue);
     std::shared_ptr<CameraOverlayState> bubble = std::make_shared<CameraOverlayState>();
     RecordingRequest request;
     std::optional<Result<RecordingOutput>> output;
@@ -139,7 +139,7 @@ TEST_F(X11Recording, ShowsTheBubbleWhereItIsOverAStillScreen) {
     EXPECT_FALSE(isCamera(second, 1, 281));
     EXPECT_FALSE(isCamera(second, 106, 380));
     EXPECT_FALSE(isCamera(frames.back(), 40, 380)) << "gone with the camera";
-    EXPECT_LT((second.time - first.time).seconds(), 2);
+    EXPECT_GT((second.time - first.time).seconds(), 0.2) << "ten frames carry the times at which they were drawn";
 }
 
 TEST(X11DisplayCapture, DeliversWhatChangesAndTellsOfALostDisplay) {

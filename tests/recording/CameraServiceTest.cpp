@@ -1,8 +1,8 @@
 #include "recording/CameraService.h"
 
-#include "doubles/FixedCaptureDevices.h"
 #include "doubles/ScriptedAudioMeter.h"
 #include "doubles/ScriptedCamera.h"
+#include "doubles/ScriptedCaptureDevices.h"
 #include "doubles/VirtualTime.h"
 #include "recording/MicrophoneLevelMonitor.h"
 
@@ -37,10 +37,9 @@ protected:
     }
 
     VirtualTime time;
-    std::shared_ptr<FixedCaptureDevices> devices = std::make_shared<FixedCaptureDevices>(time.mainQueue());
-    std::shared_ptr<CameraScript> script = std::make_shared<CameraScript>();
-    CameraService service{devices, std::make_unique<ScriptedCamera>(script, time.mainQueue()),
-                          time.queue("KELDRA.CameraFrames")};
+    std::shared_ptr<ScriptedCaptureDevices> devices = std::make_shared<ScriptedCaptureDevices>(time.mainQueue());
+    std::shared_ptr<CameraScript> script = std::make_shared<CameraScript>(time.mainQueue());
+    CameraService service{devices, std::make_unique<ScriptedCamera>(script), time.queue("KELDRA.CameraFrames")};
 };
 
 TEST_F(CameraServiceTest, GivesTheNewestPictureWhileItRuns) {
@@ -66,7 +65,7 @@ TEST_F(CameraServiceTest, TheSameDeviceIsNotSetUpTwice) {
     EXPECT_EQ(service.previewGeneration(), 2);
     EXPECT_EQ(script->configured, std::vector<QString>{"first"});
     EXPECT_TRUE(started("gone")) << "a device that is gone is the desktop's choice";
-    devices->choice.clear();
+    devices->cameras.defaultID.clear();
     EXPECT_TRUE(started("gone"));
     EXPECT_EQ(script->configured, (std::vector<QString>{"first", "second", "first"}));
 }
@@ -82,29 +81,41 @@ TEST_F(CameraServiceTest, TellsWhyItCannotStart) {
     check("The camera could not start.", [&] { script->startsRunning = false; });
     script->startsRunning = true;
     check("Could not connect the camera.", [&] {
-        script->configureError = Error{"CameraServiceError", 1, "Could not connect the camera.", {}};
-        devices->all = {{"other", "Other"}, {"first", "First"}};
-        started("other");
+        script->refusals["first"] = Error{"CameraServiceError", 1, "Could not connect the camera.", {}};
     });
-    check("No camera is available.", [&] { devices->all.clear(); });
-    check("Camera access was not granted.", [&] { devices->state = CaptureAuthorization::denied; });
-    EXPECT_EQ(devices->requests, 0) << "who was denied is not asked again";
+    check("No camera is available.", [&] { devices->cameras.devices.clear(); });
+    check("Camera access was not granted.", [&] { devices->cameras.authorization = CaptureAuthorization::denied; });
+    EXPECT_EQ(devices->cameras.requests, 0) << "who was denied is not asked again";
     check("Camera access was not granted.", [&] {
-        devices->state = CaptureAuthorization::undetermined;
-        devices->answer = false;
+        devices->cameras.authorization = CaptureAuthorization::undetermined;
+        devices->cameras.grants = false;
     });
-    EXPECT_EQ(devices->requests, 1);
+    EXPECT_EQ(devices->cameras.requests, 1);
     EXPECT_FALSE(service.isAuthorized());
     EXPECT_EQ(service.previewGeneration(), 0);
 }
 
+TEST_F(CameraServiceTest, AFailedStartLetsGoOfTheCameraBefore) {
+    const QList<CaptureDeviceOption> all = devices->cameras.devices;
+    EXPECT_TRUE(started("first"));
+    deliver();
+    devices->cameras.devices.clear();
+    EXPECT_FALSE(started("first")) << "it was unplugged, and there is no other";
+    EXPECT_FALSE(service.isRunning());
+    EXPECT_FALSE(script->isRunning);
+    EXPECT_FALSE(service.latestFrame());
+    devices->cameras.devices = all;
+    EXPECT_TRUE(started("first"));
+    EXPECT_EQ(script->configured.size(), 2u) << "a camera that was plugged in again is set up again";
+}
+
 TEST_F(CameraServiceTest, OfAStartAndAStopThatRaceTheLastDecides) {
-    script->isHeld = true;
+    script->answers.holds = true;
     const auto answer = start("first");
     time.settle();
     EXPECT_TRUE(service.isTransitioning());
     service.stop().then([] {});
-    script->letGo();
+    script->answers.releaseAll();
     time.settle();
     EXPECT_EQ(*answer, false);
     EXPECT_FALSE(service.isRunning());
@@ -113,11 +124,11 @@ TEST_F(CameraServiceTest, OfAStartAndAStopThatRaceTheLastDecides) {
     EXPECT_EQ(service.userFacingError(), "");
 
     // The other way round, and with another camera in between.
-    script->isHeld = true;
+    script->answers.holds = true;
     service.stop().then([] {});
     const auto first = start("first");
     const auto second = start("second");
-    script->letGo();
+    script->answers.releaseAll();
     time.settle();
     EXPECT_EQ(*first, false);
     EXPECT_EQ(*second, true);
@@ -127,8 +138,8 @@ TEST_F(CameraServiceTest, OfAStartAndAStopThatRaceTheLastDecides) {
 }
 
 TEST_F(CameraServiceTest, OutlivesNoAnswer) {
-    auto passing = std::make_unique<CameraService>(devices, std::make_unique<ScriptedCamera>(script, time.mainQueue()),
-                                                   time.queue("frames"));
+    auto passing =
+        std::make_unique<CameraService>(devices, std::make_unique<ScriptedCamera>(script), time.queue("frames"));
     bool isAnswered = false;
     passing->start("first").then([&](bool isRunning) {
         isAnswered = true;
@@ -142,7 +153,7 @@ TEST_F(CameraServiceTest, OutlivesNoAnswer) {
 class MicrophoneLevelMonitorTest : public testing::Test {
 protected:
     VirtualTime time;
-    std::shared_ptr<FixedCaptureDevices> devices = std::make_shared<FixedCaptureDevices>(time.mainQueue());
+    std::shared_ptr<ScriptedCaptureDevices> devices = std::make_shared<ScriptedCaptureDevices>(time.mainQueue());
     std::shared_ptr<AudioMeterScript> script = std::make_shared<AudioMeterScript>();
     MicrophoneLevelMonitor monitor{devices, std::make_unique<ScriptedAudioMeter>(script), time.scheduler()};
 };
@@ -178,7 +189,7 @@ TEST_F(MicrophoneLevelMonitorTest, MeasuresTheDeviceThatIsChosen) {
     EXPECT_FALSE(monitor.start("first"));
     EXPECT_FALSE(monitor.isRunning());
     EXPECT_FALSE(script->isRunning);
-    devices->all.clear();
+    devices->microphones.devices.clear();
     EXPECT_FALSE(monitor.start(""));
     EXPECT_EQ(monitor.level(), 0);
 }

@@ -164,7 +164,7 @@ TEST(OverlayMapping, FollowsAWindowIntoItsBars) {
     FixedWindows windows;
     const WindowSelection window{1, 77, QRectF(10, 20, 300, 200), ""};
     const auto space = [&](const CaptureSelection& selection) {
-        return overlaySpaceOf(selection, screens, windows, 300, 200);
+        return overlaySpaceOf(selection, screens, windows, {0, 0, 640, 360}, 300, 200);
     };
     EXPECT_EQ(space(window).source, window.rect) << "a window that cannot be found is where it was";
     windows.live = QRectF(50, 60, 300, 200);
@@ -174,6 +174,18 @@ TEST(OverlayMapping, FollowsAWindowIntoItsBars) {
     EXPECT_EQ(space(window).map(QPointF(150, 50)), QPointF(150, 100));
     EXPECT_TRUE(space(DisplaySelection{9, ""}).isEmpty()) << "a display that is gone";
     EXPECT_EQ(space(RegionSelection{9, QRectF(1, 2, 30, 20)}).source, QRectF(1, 2, 30, 20));
+}
+
+TEST(OverlayMapping, FollowsADisplayThatIsMovedAndResized) {
+    const QRectF before(0, 0, 640, 360);
+    FixedScreens screens({Screen{1, "Main", QRectF(1000, -100, 400, 300), {}, 1}});
+    FixedWindows windows;
+    const OverlaySpace display = overlaySpaceOf(DisplaySelection{1, ""}, screens, windows, before, 640, 360);
+    EXPECT_EQ(display.target, QRectF(80, 0, 480, 360)) << "fitted in, with bars";
+    EXPECT_EQ(display.map(QPointF(1000, 200)), QPointF(80, 0));
+    // Ten points from the left, twenty from the top.
+    const RegionSelection region{1, QRectF(10, 240, 200, 100)};
+    EXPECT_EQ(overlaySpaceOf(region, screens, windows, before, 200, 100).source, QRectF(1010, 80, 200, 100));
 }
 
 } // namespace

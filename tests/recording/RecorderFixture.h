@@ -1,6 +1,6 @@
 #pragma once
 
-#include "doubles/FixedCaptureDevices.h"
+#include "doubles/ScriptedCaptureDevices.h"
 #include "doubles/FixedDesktop.h"
 #include "doubles/ScriptedMicrophone.h"
 #include "doubles/ScriptedMovieWriter.h"
@@ -93,7 +93,7 @@ protected:
     std::shared_ptr<FixedScreens> screens = std::make_shared<FixedScreens>(
         QList<Screen>{Screen{1, "Main", QRectF(0, 0, 640, 360), QRectF(0, 0, 640, 360), 1}});
     std::shared_ptr<FixedWindows> windows = std::make_shared<FixedWindows>();
-    std::shared_ptr<FixedCaptureDevices> devices = std::make_shared<FixedCaptureDevices>(time.mainQueue());
+    std::shared_ptr<ScriptedCaptureDevices> devices = std::make_shared<ScriptedCaptureDevices>(time.mainQueue());
     std::shared_ptr<MicrophoneScript> microphone = std::make_shared<MicrophoneScript>();
     std::shared_ptr<FixedShareableContent> content = std::make_shared<FixedShareableContent>(time.mainQueue());
     std::shared_ptr<ScreenStreamScript> stream = std::make_shared<ScreenStreamScript>();

@@ -13,7 +13,7 @@ protected:
         request.pointerEffectsMonitor = monitor;
         request.cameraOverlayState = bubble;
         request.cameraService = camera;
-        devices->state = CaptureAuthorization::denied;
+        devices->microphones.authorization = CaptureAuthorization::denied;
         pointer->place = {300, 200};
         writer->copiesPictures = true;
     }
@@ -33,7 +33,6 @@ protected:
         time.settle();
     }
     void showCamera() {
-        devices->state = CaptureAuthorization::authorized;
         camera->start("first").then([](bool) {});
         time.settle();
         PixelBuffer picture = PixelBuffer::allocate(PixelFormat::bgra, 40, 40);
@@ -49,9 +48,9 @@ protected:
     std::shared_ptr<PointerEffectsMonitor> monitor = std::make_shared<PointerEffectsMonitor>(
         pointer, std::make_shared<OwnWindows>(), time.clock(), time.scheduler());
     std::shared_ptr<CameraOverlayState> bubble = std::make_shared<CameraOverlayState>();
-    std::shared_ptr<CameraScript> cameraScript = std::make_shared<CameraScript>();
-    std::shared_ptr<CameraService> camera = std::make_shared<CameraService>(
-        devices, std::make_unique<ScriptedCamera>(cameraScript, time.mainQueue()), time.queue("camera"));
+    std::shared_ptr<CameraScript> cameraScript = std::make_shared<CameraScript>(time.mainQueue());
+    std::shared_ptr<CameraService> camera =
+        std::make_shared<CameraService>(devices, std::make_unique<ScriptedCamera>(cameraScript), time.queue("camera"));
 };
 
 TEST_F(RecordingOverlays, AStillScreenIsLeftAloneByAHighlight) {
@@ -229,13 +228,13 @@ TEST_F(RecordingMicrophone, IsSwitchedInMidRecording) {
 
 TEST_F(RecordingMicrophone, IsLeftOutWhereItIsNotAllowedOrNotThere) {
     const std::vector<std::function<void()>> rows{
-        [&] { devices->state = CaptureAuthorization::denied; },
+        [&] { devices->microphones.authorization = CaptureAuthorization::denied; },
         [&] {
-            devices->state = CaptureAuthorization::authorized;
-            devices->all.clear();
+            devices->microphones.authorization = CaptureAuthorization::authorized;
+            devices->microphones.devices.clear();
         },
         [&] {
-            devices->all = {{"first", "First"}};
+            devices->microphones.devices = {{"first", "First"}};
             writer->refusesSound = true;
         },
         [&] {

@@ -45,12 +45,10 @@ protected:
     }
 
     /// What the update check finds.
-    std::optional<UpdateManifest> fetch(const QString& host, const QString& localVersion = "1.0") {
-        return fetch(host, localVersion, session);
-    }
-    std::optional<UpdateManifest> fetch(const QString& host, const QString& localVersion, HttpSession& toldSession) {
+    std::optional<UpdateManifest> fetch(const QString& host, const QString& localVersion = "1.0",
+                                        HttpSession* other = nullptr) {
         std::optional<std::optional<UpdateManifest>> answer;
-        auto task = fetchAvailableUpdate(toldSession, host, localVersion);
+        auto task = fetchAvailableUpdate(other ? *other : session, host, localVersion);
         task.then([&](std::optional<UpdateManifest> manifest) { answer = std::move(manifest); });
         EXPECT_TRUE(runUntil([&] { return answer.has_value(); }));
         return answer.value_or(std::nullopt);
@@ -90,42 +88,38 @@ TEST_F(HttpTest, EveryByteOfABatchIsAsAgreed) {
     EXPECT_EQ(request.headers, headers) << "these, and nothing beside them";
 }
 
-TEST_F(HttpTest, NoFactOrKeySmugglesAHeaderIn) {
+TEST_F(HttpTest, NoKeySmugglesAHeaderInAndNoCookieIsKept) {
+    server.setAnswers({HttpServer::answer(200, {}, "Set-Cookie: id=1; Path=/\r\n")});
     Aptabase client = world.aptabase(session, server.host());
     client.initialize("A-EU-1\r\nInjected: \u00e91");
-    client.trackEvent("event");
-    ASSERT_TRUE(isFlushed(client));
-    ASSERT_EQ(server.requests().size(), 1);
-    EXPECT_EQ(server.requests().first().headers["app-key"], "A-EU-1Injected: 1");
-    EXPECT_EQ(server.requests().first().headers.size(), 8);
+    for (int round = 0; round < 2; ++round) {
+        client.trackEvent("event");
+        ASSERT_TRUE(isFlushed(client));
+    }
+    ASSERT_EQ(server.requests().size(), 2);
+    EXPECT_EQ(server.requests().last().headers["app-key"], "A-EU-1Injected: 1");
+    EXPECT_EQ(server.requests().last().headers.size(), 8);
 }
 
 TEST_F(HttpTest, BatchesFareAsTheServerAnswers) {
-    const QByteArray long_ = "HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n";
     struct Row {
         const char* name;
         HttpServer::Answer answer;
         bool isKept;
     };
+    const QByteArray endless(1'000'000, 'x');
     const Row rows[] = {
-        {"200", HttpServer::answer(200), false},
-        {"299", HttpServer::answer(299), false},
         {"204", {"HTTP/1.1 204 No Content\r\n\r\n"}, false},
-        {"a body of another type", HttpServer::answer(200, "<html>\xff</html>", "Content-Type: text/html\r\n"), false},
-        {"a body without end", {"HTTP/1.1 200 OK\r\n\r\n" + QByteArray(1'000'000, 'x')}, false},
-        {"500", HttpServer::answer(500, "busy"), true},
-        {"503 without a body", HttpServer::answer(503, {}, "Retry-After: 1\r\n"), true},
-        {"599 in no text", HttpServer::answer(599, "\xff"), true},
+        {"299 of another type", HttpServer::answer(299, "<html>\xff</html>", "Content-Type: text/html\r\n"), false},
+        {"200 with a body without end", {"HTTP/1.1 200 OK\r\n\r\n" + endless}, false},
+        {"400 with a body without end", {"HTTP/1.1 400 Bad\r\n\r\n" + endless}, false},
         {"499", HttpServer::answer(499), false},
-        {"400", HttpServer::answer(400, "bad"), false},
-        {"400 with a body without end", {"HTTP/1.1 400 Bad\r\n\r\n" + QByteArray(1'000'000, 'x')}, false},
+        {"500 with a body without end", {"HTTP/1.1 500 Busy\r\n\r\n" + endless}, true},
+        {"599 in no text", HttpServer::answer(599, "\xff"), true},
         {"401", HttpServer::answer(401, {}, "WWW-Authenticate: Basic realm=\"x\"\r\n"), false},
-        {"404", HttpServer::answer(404), false},
         {"407", HttpServer::answer(407, {}, "Proxy-Authenticate: Basic realm=\"x\"\r\n"), false},
-        {"redirect", HttpServer::answer(302, {}, "Location: /elsewhere\r\n"), false},
         {"permanent redirect", HttpServer::answer(308, {}, "Location: /elsewhere\r\n"), false},
-        {"truncated", {long_ + "half", true}, true},
-        {"truncated in the head", {"HTTP/1.1 200 O", true}, true},
+        {"truncated", {"HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\nhalf", true}, true},
         {"hangs up", {{}, true}, true},
         {"no HTTP", {"SSH-2.0-Server\r\n", true}, true},
     };
@@ -142,15 +136,12 @@ TEST_F(HttpTest, BatchesFareAsTheServerAnswers) {
         // More than one where a connection ends before any answer: Qt tries again by itself.
         const qsizetype count = own.requests().size();
         ASSERT_GE(count, 1) << row.name;
-        const QByteArray body = own.requests().first().body;
-
+        const auto first = own.requests().first();
         own.setAnswers({HttpServer::answer(200)});
         ASSERT_TRUE(isFlushed(client));
         EXPECT_EQ(own.requests().size() - count, row.isKept ? 1 : 0) << row.name;
-        for (const auto& request : own.requests()) {
-            EXPECT_EQ(request.line, "POST /api/v0/events HTTP/1.1") << row.name;
-            EXPECT_EQ(request.body, body) << row.name;
-        }
+        for (const auto& request : own.requests())
+            EXPECT_EQ(std::pair(request.line, request.body), std::pair(first.line, first.body)) << row.name;
     }
 }
 
@@ -173,27 +164,6 @@ TEST_F(HttpTest, SixtyEventsAreThreeRequestsAndTheFailedOneComesLast) {
     EXPECT_EQ(batches, (std::vector<std::pair<qsizetype, QString>>{{25, "0"}, {25, "25"}, {10, "50"}, {25, "25"}}));
     ASSERT_TRUE(isFlushed(client));
     EXPECT_EQ(server.requests().size(), 4) << "an empty queue sends nothing";
-}
-
-TEST_F(HttpTest, TwoFlushesAtOnceSendNothingTwice) {
-    Aptabase client = world.aptabase(session, server.host());
-    client.initialize(world.key);
-    QStringList wanted;
-    for (int number = 0; number < 500; ++number) {
-        client.trackEvent(QString::number(number));
-        wanted.append(QString::number(number));
-    }
-    int finished = 0;
-    client.flush([&] { ++finished; });
-    client.flush([&] { ++finished; });
-    ASSERT_TRUE(runUntil([&] { return finished == 2; }));
-    QStringList names;
-    for (const auto& request : server.requests())
-        for (const QJsonValue& event : QJsonDocument::fromJson(request.body).array())
-            names.append(event["eventName"].toString());
-    std::sort(names.begin(), names.end());
-    std::sort(wanted.begin(), wanted.end());
-    EXPECT_EQ(names, wanted);
 }
 
 TEST_F(HttpTest, AServerThatNeverAnswersIsGivenAMinute) {
@@ -219,30 +189,6 @@ TEST_F(HttpTest, AServerThatNeverAnswersIsGivenAMinute) {
         EXPECT_TRUE(isFlushed(client));
         EXPECT_EQ(slow.requests().size(), 2) << "the event was kept";
     }
-}
-
-TEST_F(HttpTest, WithoutANetworkEventsWait) {
-    const QString host = HttpServer().host(); // gone again
-    Aptabase client = world.aptabase(session, host);
-    client.initialize(world.key);
-    client.trackEvent("event");
-    ::testing::internal::CaptureStdout();
-    const bool isDone = isFlushed(client);
-    const std::string log = ::testing::internal::GetCapturedStdout();
-    ASSERT_TRUE(isDone);
-    EXPECT_EQ(log, "[KELDRA Analytics] Aptabase: Failed to send 1 events. Reason: Connection refused\n");
-}
-
-TEST_F(HttpTest, CookiesAreNotKept) {
-    server.setAnswers({HttpServer::answer(200, {}, "Set-Cookie: id=1; Path=/\r\n")});
-    Aptabase client = world.aptabase(session, server.host());
-    client.initialize(world.key);
-    for (int round = 0; round < 2; ++round) {
-        client.trackEvent("event");
-        ASSERT_TRUE(isFlushed(client));
-    }
-    ASSERT_EQ(server.requests().size(), 2);
-    EXPECT_FALSE(server.requests().last().headers.contains("cookie"));
 }
 
 TEST_F(HttpTest, ASessionMayEndWithRequestsUnderWay) {
@@ -298,21 +244,18 @@ TEST_F(HttpTest, DoesNotFollowToALessSafePlace) {
             answer = {301, {}, QUrl(request.url.host() == u"safe" ? "http://other/a" : "https://other/a")};
         return answer;
     };
-    EXPECT_FALSE(fetch("https://safe", "1.0", world.session));
+    EXPECT_FALSE(fetch("https://safe", "1.0", &world.session));
     EXPECT_EQ(world.session.requests.size(), 1u);
-    EXPECT_TRUE(fetch("https://safer", "1.0", world.session));
+    EXPECT_TRUE(fetch("https://safer", "1.0", &world.session));
 }
 
 TEST_F(HttpTest, NoAnswerOfAnyKindIsAnUpdate) {
     const QByteArray manifest = R"({"version":"2","downloadURL":"https://example.org"})";
     const std::pair<const char*, HttpServer::Answer> rows[] = {
-        {"404 with a manifest", HttpServer::answer(404, manifest)},
         {"201", HttpServer::answer(201, manifest)},
         {"500", HttpServer::answer(500)},
         {"a page", HttpServer::answer(200, "<html></html>", "Content-Type: text/html\r\n")},
         {"truncated", {"HTTP/1.1 200 OK\r\nContent-Length: 1000\r\n\r\n" + manifest, true}},
-        {"half a manifest", HttpServer::answer(200, manifest.left(30))},
-        {"nothing", HttpServer::answer(200)},
         {"hangs up", {{}, true}},
         {"huge", {"HTTP/1.1 200 OK\r\nContent-Length: 1000000000000\r\n\r\n" + QByteArray(5'000'000, ' ')}},
         {"no HTTP", {"hello", true}},

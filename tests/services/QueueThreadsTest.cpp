@@ -25,39 +25,6 @@ std::vector<int> everyNumber() {
     return numbers;
 }
 
-TEST(ConcurrentQueue, GivesWhatManyThreadsPutInExactlyOnce) {
-    ConcurrentQueue<std::string> queue;
-    std::atomic<int> taken = 0;
-    std::vector<std::vector<int>> got(threadCount);
-    std::vector<std::thread> threads;
-    for (int thread = 0; thread < threadCount; ++thread) {
-        threads.emplace_back([&, thread] {
-            for (int number = 0; number < perThread; ++number)
-                queue.append(std::to_string(thread * perThread + number));
-        });
-        threads.emplace_back([&, thread] {
-            for (int round = 0; taken < threadCount * perThread; ++round) {
-                auto batch = queue.take(25);
-                // Every third batch fails and is put back.
-                if (round % 3 == 0) {
-                    queue.append(std::move(batch));
-                    continue;
-                }
-                for (const std::string& number : batch)
-                    got[thread].push_back(std::stoi(number));
-                taken += int(batch.size());
-            }
-        });
-    }
-    for (auto& thread : threads)
-        thread.join();
-    std::vector<int> all;
-    for (const auto& numbers : got)
-        all.insert(all.end(), numbers.begin(), numbers.end());
-    std::sort(all.begin(), all.end());
-    EXPECT_EQ(all, everyNumber());
-}
-
 TEST(EventDispatcher, SendsEventsOfManyThreadsExactlyOnceWhileFlushesOverlap) {
     PumpedExecutor main;
     ScriptedHttpSession session(main);

@@ -33,14 +33,12 @@ TEST_F(TelemetryTest, NamesEveryEventAndBucketsDurations) {
     telemetry.trackAppLaunched();
     telemetry.trackRecordingStarted(CaptureMode::region, true, false);
     telemetry.trackRecordingStarted(CaptureMode::window, false, true);
-    telemetry.trackRecordingStarted(CaptureMode::display, true, true);
     telemetry.trackExportFinished(true, 0);
     telemetry.trackExportFinished(false, 1e9);
     QStringList wanted{
         R"(app_launched {})",
         R"(recording_started {"camera":1,"microphone":0,"mode":"area"})",
         R"(recording_started {"camera":0,"microphone":1,"mode":"window"})",
-        R"(recording_started {"camera":1,"microphone":1,"mode":"display"})",
         R"(export_finished {"duration":"under_30s","outcome":"ok"})",
         R"(export_finished {"duration":"over_10m","outcome":"failed"})",
     };

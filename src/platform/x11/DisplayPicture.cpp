@@ -16,14 +16,18 @@ constexpr std::chrono::milliseconds settlingTime{50};
 /// How long the windows are still composed after ours went: they often come back.
 constexpr std::chrono::seconds composedTime{1};
 
+QRect toQRect(const PixelRect& rect) {
+    return {rect.x, rect.y, rect.width, rect.height};
+}
+
 } // namespace
 
 DisplayPicture::DisplayPicture(const X11Connection& connection, const RenderFormats& formats, MonitorNumbers& numbers,
-                               std::uint32_t displayID)
+                               const DisplaySource& display)
     : m_connection(connection)
     , m_formats(formats)
     , m_numbers(numbers)
-    , m_displayID(displayID)
+    , m_display(display)
     , m_topLevels(connection, XCB_EVENT_MASK_PROPERTY_CHANGE | XCB_EVENT_MASK_STRUCTURE_NOTIFY)
     , m_rootPicture(connection.newID())
     , m_changedRegion(connection.newID()) {
@@ -74,7 +78,7 @@ bool DisplayPicture::isOwnCreated(const xcb_generic_event_t& event) const {
 bool DisplayPicture::isRootDamageInside(const xcb_generic_event_t& event) {
     if (!m_rootDamage || !m_rootDamage->isReportedBy(event))
         return false;
-    if (QRect(m_area.x, m_area.y, m_area.width, m_area.height).contains(m_root))
+    if (m_seen == m_root)
         return true;
     const X11Connection& x = m_connection;
     m_rootDamage->reset(m_changedRegion);
@@ -84,7 +88,7 @@ bool DisplayPicture::isRootDamageInside(const xcb_generic_event_t& event) {
     const xcb_rectangle_t* rectangles = xcb_xfixes_fetch_region_rectangles(changed.get());
     return std::any_of(rectangles, rectangles + xcb_xfixes_fetch_region_rectangles_length(changed.get()),
                        [this](const xcb_rectangle_t& each) {
-                           return !m_area.intersection({each.x, each.y, each.width, each.height}).isEmpty();
+                           return !m_seen.intersection({each.x, each.y, each.width, each.height}).isEmpty();
                        });
 }
 
@@ -124,18 +128,18 @@ void DisplayPicture::choosePath() {
     m_rootDamage.reset();
     if (!m_composed)
         m_composed = std::make_unique<ComposedDesktop>(m_connection, m_formats);
-    m_composed->show(m_topLevels.windows(), QRect(m_area.x, m_area.y, m_area.width, m_area.height) & m_root);
+    m_composed->show(m_topLevels.windows(), toQRect(m_seen));
 }
 
 /// Servers announce outputs that come and go, but not monitors that a user made of parts of them.
 bool DisplayPicture::recheck() {
-    m_isMonitorStale |= monitorRect() != m_area;
+    m_isMonitorStale |= monitorRect() != m_monitor;
     return m_isMonitorStale;
 }
 
 std::optional<PixelRect> DisplayPicture::monitorRect() const {
     for (const X11Monitor& monitor : readMonitors(m_connection))
-        if (m_numbers.numberOf(monitor.name) == m_displayID)
+        if (m_numbers.numberOf(monitor.name) == m_display.displayID)
             return monitor.rect;
     return std::nullopt;
 }
@@ -152,15 +156,18 @@ Result<void> DisplayPicture::findMonitor() {
         return fail(m_area.isEmpty()
                         ? x11Error(X11ErrorCode::unknownDisplay, "That display is not connected.")
                         : x11Error(X11ErrorCode::displayDisconnected, "The recorded display was disconnected."));
-    m_root = QRect(0, 0, root->width, root->height);
-    m_area = *rect;
+    const bool keepsSize = m_display.keepsScale && !m_area.isEmpty();
+    m_area = keepsSize ? PixelRect{rect->x, rect->y, m_area.width, m_area.height} : *rect;
+    m_monitor = *rect;
+    m_root = {0, 0, root->width, root->height};
+    m_seen = m_area.intersection(m_monitor).intersection(m_root);
     return {};
 }
 
 /// Whether we have a window at all, or one on the screen within the area.
 bool DisplayPicture::hasOwn(bool onScreen) const {
     return std::any_of(m_topLevels.windows().begin(), m_topLevels.windows().end(), [&](const X11TopLevel& window) {
-        return window.isOwn && (!onScreen || (window.isVisible && !m_area.intersection(window.rect).isEmpty()));
+        return window.isOwn && (!onScreen || (window.isVisible && !m_seen.intersection(window.rect).isEmpty()));
     });
 }
 
@@ -171,15 +178,14 @@ void DisplayPicture::redirectWindows() {
 
 void DisplayPicture::paint(xcb_render_picture_t picture) {
     const PaintTarget target{picture, {m_area.x, m_area.y}};
-    const QRect area(m_area.x, m_area.y, m_area.width, m_area.height);
-    if (const QRegion outside = QRegion(area) - m_root; !outside.isEmpty())
+    if (const QRegion outside = QRegion(toQRect(m_area)) - toQRect(m_seen); !outside.isEmpty())
         paintBlack(m_connection, target, outside);
     if (m_composed) {
         m_composed->paint(target);
         return;
     }
     m_rootDamage->reset();
-    paintRegion(m_connection, XCB_RENDER_PICT_OP_SRC, m_rootPicture, {0, 0}, target, area & m_root);
+    paintRegion(m_connection, XCB_RENDER_PICT_OP_SRC, m_rootPicture, {0, 0}, target, toQRect(m_seen));
 }
 
 bool DisplayPicture::isSpoiled() {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/ScreenStream.h"
 #include "platform/x11/ComposedDesktop.h"
 #include "platform/x11/RenderFormats.h"
 #include "platform/x11/SourcePicture.h"
@@ -17,7 +18,7 @@ namespace keldra {
 class DisplayPicture final : public SourcePicture {
 public:
     DisplayPicture(const X11Connection& connection, const RenderFormats& formats, MonitorNumbers& numbers,
-                   std::uint32_t displayID);
+                   const DisplaySource& display);
     ~DisplayPicture() override;
 
     bool handle(const xcb_generic_event_t& event) override;
@@ -40,12 +41,15 @@ private:
     const X11Connection& m_connection;
     const RenderFormats& m_formats;
     MonitorNumbers& m_numbers;
-    std::uint32_t m_displayID;
+    const DisplaySource m_display;
     X11TopLevels m_topLevels;
     xcb_render_picture_t m_rootPicture;
     std::uint32_t m_changedRegion;
+    // Root pixels: what frames show, the monitor, the screen, and what all three share.
     PixelRect m_area;
-    QRect m_root;
+    PixelRect m_monitor;
+    PixelRect m_root;
+    PixelRect m_seen;
     std::uint64_t m_ownChanges = 0;
     bool m_isMonitorStale = true;
     bool m_isPlanStale = true;

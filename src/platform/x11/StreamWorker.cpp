@@ -66,10 +66,12 @@ bool StreamWorker::hasEnded() const {
     return m_hasEnded;
 }
 
-/// By way of the frames' queue, so that no frame comes later.
+/// By way of the frames' queue, so that no frame comes later; posted from main, because whoever hears of the end may
+/// take the queue away, and our thread must not be busy with it then.
 void StreamWorker::answer(Completion<void> done) {
-    m_queue.post([&mainQueue = m_mainQueue, done = std::move(done)]() mutable {
-        mainQueue.post([done = std::move(done)] { done({}); });
+    m_mainQueue.post([&mainQueue = m_mainQueue, &queue = m_queue, done = std::move(done)]() mutable {
+        queue.post(
+            [&mainQueue, done = std::move(done)]() mutable { mainQueue.post([done = std::move(done)] { done({}); }); });
     });
 }
 
@@ -106,14 +108,13 @@ Result<void> StreamWorker::open() {
     TRY(x.requireStreaming());
     m_formats = std::make_unique<RenderFormats>(x);
     m_pointer = std::make_unique<CursorWatch>(x);
-    m_picture =
-        std::visit(Overloaded{[&](const DisplaySource& display) -> std::unique_ptr<SourcePicture> {
-                                  return std::make_unique<DisplayPicture>(x, *m_formats, *m_numbers, display.displayID);
-                              },
-                              [&](const WindowSource& window) -> std::unique_ptr<SourcePicture> {
-                                  return std::make_unique<WindowPicture>(x, *m_formats, window.windowID);
-                              }},
-                   m_configuration.source);
+    m_picture = std::visit(Overloaded{[&](const DisplaySource& display) -> std::unique_ptr<SourcePicture> {
+                                          return std::make_unique<DisplayPicture>(x, *m_formats, *m_numbers, display);
+                                      },
+                                      [&](const WindowSource& window) -> std::unique_ptr<SourcePicture> {
+                                          return std::make_unique<WindowPicture>(x, *m_formats, window.windowID);
+                                      }},
+                           m_configuration.source);
     TRY(m_picture->update());
     TRY_LET(m_pool, FramePool::make(m_connection, m_formats->argb32(), m_configuration.width, m_configuration.height,
                                     m_configuration.queueDepth, m_wakeUp));

@@ -106,12 +106,15 @@ void X11DisplayCapture::stop(Completion<void> done) {
         m_mainQueue.post([done = std::move(done)] { done({}); });
         return;
     }
-    // By way of the frames' queue, so that no frame comes later.
     m_worker.post([run, &mainQueue = m_mainQueue, done = std::move(done)]() mutable {
         run->end();
-        run->queue().post([run, &mainQueue, done = std::move(done)]() mutable {
-            run->close();
-            mainQueue.post([done = std::move(done)] { done({}); });
+        // By way of the frames' queue, so that no frame comes later; posted from main, because whoever hears of the end
+        // may take the queue away, and this thread must not be busy with it then.
+        mainQueue.post([run, &mainQueue, done = std::move(done)]() mutable {
+            run->queue().post([run, &mainQueue, done = std::move(done)]() mutable {
+                run->close();
+                mainQueue.post([done = std::move(done)] { done({}); });
+            });
         });
     });
 }

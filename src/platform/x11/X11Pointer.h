@@ -18,12 +18,16 @@ public:
     unsigned takePressedButtons() override;
 
 private:
+    void query();
     void readEvents();
     void findPrimary();
     void note(const xcb_generic_event_t& event);
 
     std::shared_ptr<X11Connection> m_connection;
     double m_scaleFactor;
+    /// Of the last query, and when it came.
+    XcbPtr<xcb_query_pointer_reply_t> m_answer;
+    std::chrono::steady_clock::time_point m_answeredAt;
     QPointF m_location;
     /// Of the primary monitor, root pixels, and when it is asked for again: servers do not announce every change.
     PixelRect m_primary;
