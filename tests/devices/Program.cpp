@@ -38,6 +38,8 @@ std::int64_t hostNanoseconds() {
 }
 
 DriverNode::DriverNode(const char* name, pw_properties* properties, Events events) : m_events(std::move(events)) {
+    // A device is prompt, however busy the machine is.
+    setenv("PIPEWIRE_CONFIG_NAME", "client-rt.conf", 0);
     pw_init(nullptr, nullptr);
     m_loop = pw_main_loop_new(nullptr);
     pw_loop* loop = pw_main_loop_get_loop(m_loop);

@@ -156,7 +156,11 @@ private:
             std::copy_n(pixel, 4, target + y * stride() + 4 * x);
             return;
         }
-        const auto [luma, u, v] = planar(rgb);
+        static std::uint32_t lastRgb = 0;
+        static std::array<std::uint8_t, 3> last = planar(0);
+        if (rgb != lastRgb)
+            last = planar(lastRgb = rgb);
+        const auto [luma, u, v] = last;
         const std::uint8_t chroma = x % 2 == 0 ? u : v;
         if (isPlanar()) {
             target[y * m_width + x] = luma;

@@ -127,7 +127,9 @@ PipeWireConnection::Loop::~Loop() {
 
 void PipeWireConnection::Loop::connect() {
     if (context == nullptr)
-        context = pw_context_new(loop, nullptr, 0);
+        // The configuration that lets PipeWire's thread go before others, where the system allows it: sound that comes
+        // while it waits is lost.
+        context = pw_context_new(loop, pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr), 0);
     core = context != nullptr ? pw_context_connect(context, nullptr, 0) : nullptr;
     if (core == nullptr) {
         tell(events.unreachable);
