@@ -65,6 +65,7 @@ DriverNode::DriverNode(const char* name, pw_properties* properties, Events event
 }
 
 DriverNode::~DriverNode() {
+    m_isEnding = true;
     if (m_stream != nullptr)
         pw_stream_destroy(m_stream);
     pw_main_loop_destroy(m_loop);
@@ -88,6 +89,8 @@ void DriverNode::ioChanged(void* self, std::uint32_t id, void* area, std::uint32
 
 void DriverNode::stateChanged(void* self, pw_stream_state, pw_stream_state now, const char* error) {
     auto* node = static_cast<DriverNode*>(self);
+    if (node->m_isEnding)
+        return;
     if (now == PW_STREAM_STATE_ERROR || (now == PW_STREAM_STATE_UNCONNECTED && node->m_isUp)) {
         std::fprintf(stderr, "PipeWire ended the device: %s\n", error != nullptr ? error : "disconnected");
         node->m_status = 1;

@@ -62,6 +62,7 @@ private:
     spa_io_position* m_position = nullptr;
     bool m_isStreaming = false;
     bool m_isUp = false;
+    bool m_isEnding = false;
     int m_status = 0;
 };
 

@@ -107,12 +107,12 @@ private:
         if (m_isSine)
             return float(loudness * std::sin(sineHertz * turn * double(frame)));
         const std::int64_t into = frame % m_beepPeriod;
-        return double(into) < beepSeconds * m_rate ? float(loudness * std::cos(beepHertz * turn * double(into))) : 0;
+        return frame >= m_beepPeriod && double(into) < beepSeconds * m_rate ? float(loudness * std::cos(beepHertz * turn * double(into))) : 0;
     }
 
     void report(std::int64_t begin, std::int64_t end) const {
         const std::int64_t beep = (begin + m_beepPeriod - 1) / m_beepPeriod * m_beepPeriod;
-        if (beep >= end)
+        if (beep >= end || beep == 0)
             return;
         std::printf("beep %lld\n", static_cast<long long>(soundedAt(beep) / 1000));
         std::fflush(stdout);

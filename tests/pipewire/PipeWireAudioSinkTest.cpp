@@ -3,15 +3,12 @@
 #include "platform/pipewire/PipeWireAudioSink.h"
 
 #include "Listener.h"
+#include "SoundSession.h"
 #include "base/SerialQueue.h"
-#include "doubles/ChildProcess.h"
-#include "doubles/TemporaryFolder.h"
 
 #include <cmath>
 #include <condition_variable>
-#include <cstdlib>
 #include <deque>
-#include <gtest/gtest.h>
 
 namespace keldra::test {
 namespace {
@@ -85,34 +82,7 @@ private:
 
 using Positions = std::vector<std::optional<AudioSink::Position>>;
 
-/// A session of its own, with no daemon in it at first.
-class PipeWireAudioSinkTest : public testing::Test {
-protected:
-    PipeWireAudioSinkTest() {
-        if (const char* earlier = std::getenv("XDG_RUNTIME_DIR"))
-            m_earlier = earlier;
-        setenv("XDG_RUNTIME_DIR", m_folder.path().c_str(), 1);
-    }
-    ~PipeWireAudioSinkTest() override {
-        stopDaemon();
-        setenv("XDG_RUNTIME_DIR", m_earlier.c_str(), 1);
-    }
-
-    void startDaemon() {
-        m_daemon.emplace(std::vector<std::string>{KELDRA_SOUND_SERVER});
-        ASSERT_EQ(m_daemon->readLine(), "up");
-    }
-    void stopDaemon() {
-        if (m_daemon)
-            m_daemon->terminate();
-        m_daemon.reset();
-    }
-
-private:
-    const test::TemporaryFolder m_folder;
-    std::string m_earlier;
-    std::optional<ChildProcess> m_daemon;
-};
+using PipeWireAudioSinkTest = SoundSession;
 
 double frameOf(const Listener::Frame& frame) {
     return std::round(double(frame.left) / Feeder::step) - 1;

@@ -94,16 +94,18 @@ Layout layoutOf(const CameraFormat& format, int stride) {
     return {};
 }
 
-/// Where each plane begins; false when memory ends before the picture.
-bool place(const Layout& layout, const std::vector<CameraPlane>& given, std::array<CameraPlane, 3>& found) {
+/// Where each plane begins; false when memory, or a row, ends before the picture.
+bool place(const CameraFormat& format, const std::vector<CameraPlane>& given, std::array<CameraPlane, 3>& found) {
+    const Layout least = layoutOf(format, 0);
+    const Layout layout = layoutOf(format, given.front().strideBytes);
+    const bool isOneByOne = given.size() >= layout.count;
     std::size_t offset = 0;
     for (std::size_t i = 0; i < layout.count; ++i) {
-        const bool isOneByOne = given.size() >= layout.count;
-        CameraPlane plane = given[isOneByOne ? i : 0];
+        const CameraPlane& plane = given[isOneByOne ? i : 0];
         const int stride = isOneByOne && plane.strideBytes > 0 ? plane.strideBytes : layout.parts[i].strideBytes;
         const std::size_t size = std::size_t(stride) * std::size_t(layout.parts[i].rows);
         const std::size_t begin = isOneByOne ? 0 : offset;
-        if (plane.data == nullptr || stride < layout.parts[i].strideBytes / 2 || plane.size < begin + size)
+        if (plane.data == nullptr || stride < least.parts[i].strideBytes || plane.size < begin + size)
             return false;
         found[i] = {plane.data + begin, size, stride};
         offset += size;
@@ -196,7 +198,7 @@ bool readCameraPicture(const CameraFormat& format, const std::vector<CameraPlane
     std::array<CameraPlane, 3> found{};
     if (format.encoding == CameraEncoding::jpeg)
         found[0] = planes.front();
-    else if (!place(layoutOf(format, planes.front().strideBytes), planes, found))
+    else if (!place(format, planes, found))
         return false;
     if (convert(format, found, target.mutableData(), int(target.strideBytes())) != 0)
         return false;

@@ -80,7 +80,7 @@ void DeviceStream::appeared(const PipeWireNode& node) {
         return;
     m_node = node;
     if (m_wasOpen)
-        logLine(prefixOf(m_device), m_device.name + " is back");
+        log(m_device.name + " is back");
     open();
 }
 
@@ -94,7 +94,12 @@ void DeviceStream::vanished(std::uint32_t node) {
 
 void DeviceStream::tellGone() const {
     if (m_isOpen && !m_isEnding)
-        logLine(prefixOf(m_device), m_device.name + " is gone; what it gave so far is kept");
+        log(m_device.name + " is gone; what it gave so far is kept");
+}
+
+void DeviceStream::log(const std::string& words) const {
+    if (m_device.isLogged)
+        logLine(prefixOf(m_device), words);
 }
 
 void DeviceStream::open() {
@@ -155,7 +160,7 @@ void DeviceStream::failed(const char* reason) {
 
 void DeviceStream::tick() {
     if (!m_failure.empty() && m_node) {
-        logLine(prefixOf(m_device), m_device.name + ": " + m_failure + "; trying again");
+        log(m_device.name + ": " + m_failure + "; trying again");
         close();
         open();
     }

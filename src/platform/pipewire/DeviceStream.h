@@ -28,6 +28,8 @@ public:
         /// The node's name.
         std::string name;
         enum class Kind { microphone, camera } kind = Kind::microphone;
+        /// Whether its going and coming is of interest.
+        bool isLogged = true;
     };
     struct Events {
         /// What we take, the best first.
@@ -57,6 +59,7 @@ private:
     void tick();
     void failed(const char* reason);
     void tellGone() const;
+    void log(const std::string& words) const;
 
     const Device m_device;
     const Events m_events;

@@ -21,7 +21,7 @@ constexpr double quietest = -160;
 class PipeWireAudioMeter::Session {
 public:
     explicit Session(const QString& deviceID)
-        : m_stream({deviceID.toStdString(), DeviceStream::Device::Kind::microphone}, events()) {}
+        : m_stream({deviceID.toStdString(), DeviceStream::Device::Kind::microphone, false}, events()) {}
 
     std::optional<double> level() const {
         if (m_channelCount == 0)
