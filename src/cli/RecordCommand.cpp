@@ -38,7 +38,8 @@ std::shared_ptr<PointerEffectsMonitor> makePointerEffects(const CommandContext& 
     return monitor;
 }
 
-/// Ripples, lights and the camera are windows of ours where the display is recorded as it is, and this command has none.
+/// Ripples, lights and the camera are windows of ours where the display is recorded as it is, and this command has
+/// none.
 Result<void> checkEffects(const Platform& platform, const RecordArguments& arguments) {
     const bool isAsked = arguments.showsClicks || arguments.showsHighlight || arguments.camera;
     if (isAsked && capturePathOf(platform) == CapturePath::display)

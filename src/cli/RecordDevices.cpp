@@ -61,7 +61,8 @@ CameraOverlaySnapshot bubbleFor(const CaptureSelection& selection, const Screens
     CameraOverlaySnapshot bubble;
     bubble.isVisible = true;
     // Points count up: the lower edge is the smaller y.
-    bubble.frame = QRectF(source.left() + source.width() - bubbleMargin - side, source.top() + bubbleMargin, side, side);
+    bubble.frame =
+        QRectF(source.left() + source.width() - bubbleMargin - side, source.top() + bubbleMargin, side, side);
     bubble.shape = CameraOverlayShape::circle;
     bubble.cornerRadius = cameraOverlayCornerRadius(bubble.shape, side);
     return bubble;

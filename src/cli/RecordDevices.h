@@ -14,7 +14,8 @@ namespace keldra {
 [[nodiscard]] Result<CaptureDeviceOption> deviceFor(const Platform& platform, CaptureDeviceKind kind,
                                                     const QString& word);
 
-/// Where the command line puts the camera: a large circle in the lower right corner of what is recorded. Desktop points.
+/// Where the command line puts the camera: a large circle in the lower right corner of what is recorded. Desktop
+/// points.
 CameraOverlaySnapshot bubbleFor(const CaptureSelection& selection, const Screens& screens, const WindowList& windows);
 
 } // namespace keldra

@@ -73,8 +73,7 @@ DriverNode::~DriverNode() {
 
 int DriverNode::run(const spa_pod** params, std::uint32_t count) {
     const auto flags = pw_stream_flags(PW_STREAM_FLAG_DRIVER | PW_STREAM_FLAG_MAP_BUFFERS);
-    if (m_stream == nullptr ||
-        pw_stream_connect(m_stream, PW_DIRECTION_OUTPUT, PW_ID_ANY, flags, params, count) < 0) {
+    if (m_stream == nullptr || pw_stream_connect(m_stream, PW_DIRECTION_OUTPUT, PW_ID_ANY, flags, params, count) < 0) {
         std::fputs("there is no PipeWire daemon to give a device to\n", stderr);
         return 1;
     }

@@ -100,8 +100,8 @@ public:
 private:
     static pw_properties* properties(const Words& words) {
         return pw_properties_new(PW_KEY_MEDIA_CLASS, "Video/Source", PW_KEY_MEDIA_ROLE, "Camera", PW_KEY_NODE_NAME,
-                                 words.text("name").c_str(), PW_KEY_NODE_DESCRIPTION,
-                                 words.text("description").c_str(), nullptr);
+                                 words.text("name").c_str(), PW_KEY_NODE_DESCRIPTION, words.text("description").c_str(),
+                                 nullptr);
     }
 
     bool isPlanar() const { return m_format == SPA_VIDEO_FORMAT_NV12 || m_format == SPA_VIDEO_FORMAT_I420; }

@@ -63,8 +63,8 @@ private:
     static pw_properties* properties(const Words& words) {
         const std::string latency = words.text("quantum") + "/48000";
         return pw_properties_new(PW_KEY_MEDIA_TYPE, "Audio", PW_KEY_MEDIA_CLASS, "Audio/Source", PW_KEY_NODE_NAME,
-                                 words.text("name").c_str(), PW_KEY_NODE_DESCRIPTION,
-                                 words.text("description").c_str(), PW_KEY_NODE_LATENCY, latency.c_str(), nullptr);
+                                 words.text("name").c_str(), PW_KEY_NODE_DESCRIPTION, words.text("description").c_str(),
+                                 PW_KEY_NODE_LATENCY, latency.c_str(), nullptr);
     }
 
     /// The host time at which that frame sounded.
@@ -107,7 +107,9 @@ private:
         if (m_isSine)
             return float(loudness * std::sin(sineHertz * turn * double(frame)));
         const std::int64_t into = frame % m_beepPeriod;
-        return frame >= m_beepPeriod && double(into) < beepSeconds * m_rate ? float(loudness * std::cos(beepHertz * turn * double(into))) : 0;
+        return frame >= m_beepPeriod && double(into) < beepSeconds * m_rate
+                   ? float(loudness * std::cos(beepHertz * turn * double(into)))
+                   : 0;
     }
 
     void report(std::int64_t begin, std::int64_t end) const {

@@ -1,10 +1,9 @@
 // Cameras in every format that we read: their pictures come mirrored, in order, and from nobody else.
 
-#include "platform/pipewire/CameraFormats.h"
-#include "platform/pipewire/PipeWireCameraSession.h"
-
 #include "SoundSession.h"
 #include "doubles/PumpedExecutor.h"
+#include "platform/pipewire/CameraFormats.h"
+#include "platform/pipewire/PipeWireCameraSession.h"
 #include "scene/SceneReader.h"
 
 #include <QBuffer>

@@ -77,8 +77,8 @@ TEST_F(PipeWireCaptureDevicesTest, LivesWithoutItsDaemon) {
         EXPECT_TRUE(waitUntil(devices, [&] { return devices.devices(camera).size() == 1; })) << "turn " << turn;
         EXPECT_EQ(devices.authorization(microphone), CaptureAuthorization::authorized);
         stopDaemon();
-        EXPECT_TRUE(waitUntil(
-            devices, [&] { return devices.authorization(microphone) == CaptureAuthorization::denied; }));
+        EXPECT_TRUE(
+            waitUntil(devices, [&] { return devices.authorization(microphone) == CaptureAuthorization::denied; }));
         EXPECT_EQ(devices.devices(camera), Options());
     }
 }

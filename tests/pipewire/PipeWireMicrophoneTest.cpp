@@ -1,11 +1,10 @@
 // A microphone against a real daemon: nothing it says is lost or misplaced, and no other is ever heard in its place.
 
+#include "SoundSession.h"
+#include "doubles/PumpedExecutor.h"
 #include "platform/pipewire/PipeWireAudioMeter.h"
 #include "platform/pipewire/PipeWireCaptureDevices.h"
 #include "platform/pipewire/PipeWireMicrophoneStream.h"
-
-#include "SoundSession.h"
-#include "doubles/PumpedExecutor.h"
 
 #include <cmath>
 

@@ -194,7 +194,8 @@ TEST(SteadySound, LeavesAHoleWhereTheDeviceLostSound) {
         ASSERT_EQ(heard.holes.size(), 1U);
         EXPECT_NEAR(heard.holes[0].seconds, row.lost, 0.0035);
         EXPECT_NEAR(heard.holes[0].at, lostAt + row.lost, 0.0045);
-        EXPECT_LT(heard.worstLate(lostAt + row.lost + 0.1, device.now()), 0.0045) << "what follows stands right at once";
+        EXPECT_LT(heard.worstLate(lostAt + row.lost + 0.1, device.now()), 0.0045)
+            << "what follows stands right at once";
     }
 }
 

@@ -23,7 +23,8 @@ def measure(folder, minutes, ppm):
     with Device("microphone", ppm=ppm, every=0.97) as microphone, Scene("--rate", 2, "--geometry", area) as scene:
         recording = Recording(folder, "--area", "0,0,640,320", options=["--microphone"])
         growing(recording, 1000)
-        wait(minutes * 60)
+        for _ in range(max(1, round(minutes * 2))):
+            wait(30)
         path = recording.stop()
     begin = recording.begin()
     heard = beeps(sound(path))
@@ -44,7 +45,9 @@ def soak(minutes, ppm):
     with tempfile.TemporaryDirectory() as folder:
         heard, seen, log = measure(folder, minutes, ppm)
     print(f"\nmicrophone {ppm:+} ppm, {minutes} min: {len(heard)} beeps, {len(seen)} flashes, "
-          f"{log.count('gap detected')} gaps\nminute   beep late   flash late   apart (ms, medians)")
+          f"{log.count('gap detected')} gaps")
+    print("".join(f"  {line}\n" for line in log.splitlines() if "[KELDRA Mic]" in line), end="")
+    print("minute   beep late   flash late   apart (ms, medians)")
     apart = []
     for minute in range(max(1, int(minutes))):
         beep, flash = (statistics.median(of_minute(found, minute)) for found in (heard, seen))

@@ -53,10 +53,9 @@ const spa_pod* wishFor(spa_pod_builder& builder, const Wish& wish, std::uint32_t
             spa_pod_builder_id(&builder, raw.name);
         spa_pod_builder_pop(&builder, &choice);
     }
-    spa_pod_builder_add(&builder, SPA_FORMAT_VIDEO_size,
-                        SPA_POD_CHOICE_RANGE_Rectangle(&wished, &wish.smallest, &wish.largest),
-                        SPA_FORMAT_VIDEO_framerate,
-                        SPA_POD_CHOICE_RANGE_Fraction(&wishedRate, &wish.slowest, &fastest), 0);
+    spa_pod_builder_add(
+        &builder, SPA_FORMAT_VIDEO_size, SPA_POD_CHOICE_RANGE_Rectangle(&wished, &wish.smallest, &wish.largest),
+        SPA_FORMAT_VIDEO_framerate, SPA_POD_CHOICE_RANGE_Fraction(&wishedRate, &wish.slowest, &fastest), 0);
     return static_cast<const spa_pod*>(spa_pod_builder_pop(&builder, &object));
 }
 
@@ -123,8 +122,8 @@ int convert(const CameraFormat& format, const std::array<CameraPlane, 3>& planes
     case CameraEncoding::uyvy:
         return libyuv::UYVYToARGB(first.data, first.strideBytes, target, stride, width, height);
     case CameraEncoding::nv12:
-        return libyuv::NV12ToARGB(first.data, first.strideBytes, second.data, second.strideBytes, target, stride,
-                                  width, height);
+        return libyuv::NV12ToARGB(first.data, first.strideBytes, second.data, second.strideBytes, target, stride, width,
+                                  height);
     case CameraEncoding::i420:
         return libyuv::I420ToARGB(first.data, first.strideBytes, second.data, second.strideBytes, third.data,
                                   third.strideBytes, target, stride, width, height);
@@ -162,8 +161,7 @@ std::vector<const spa_pod*> cameraFormats(spa_pod_builder& builder) {
 
 std::optional<CameraFormat> cameraFormatOf(const spa_pod& pod) {
     spa_video_info video{};
-    if (spa_format_parse(&pod, &video.media_type, &video.media_subtype) < 0 ||
-        video.media_type != SPA_MEDIA_TYPE_video)
+    if (spa_format_parse(&pod, &video.media_type, &video.media_subtype) < 0 || video.media_type != SPA_MEDIA_TYPE_video)
         return std::nullopt;
     CameraFormat format;
     spa_rectangle size{};

@@ -63,8 +63,8 @@ private:
             if (data.data == nullptr || data.chunk->offset > data.maxsize)
                 return;
             const std::size_t size = std::min(data.chunk->size, data.maxsize - data.chunk->offset);
-            planes.push_back({static_cast<const std::uint8_t*>(data.data) + data.chunk->offset, size,
-                              data.chunk->stride});
+            planes.push_back(
+                {static_cast<const std::uint8_t*>(data.data) + data.chunk->offset, size, data.chunk->stride});
         }
         if (!readCameraPicture(*m_format, planes, picture))
             return;
@@ -118,9 +118,7 @@ void PipeWireCameraSession::stop(Completion<void> done) {
     endRun();
     // Behind the last frame, and the answer of a start that it overtook.
     m_queue->post([&queue = *m_queue, &main = m_mainQueue, done = std::move(done)]() mutable {
-        queue.post([&main, done = std::move(done)]() mutable {
-            main.post([done = std::move(done)] { done({}); });
-        });
+        queue.post([&main, done = std::move(done)]() mutable { main.post([done = std::move(done)] { done({}); }); });
     });
 }
 

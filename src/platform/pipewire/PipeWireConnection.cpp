@@ -237,8 +237,8 @@ void PipeWireConnection::Loop::bindChoices(std::uint32_t id) {
         all.property = choiceChanged;
         return all;
     }();
-    choices = static_cast<pw_metadata*>(
-        pw_registry_bind(registry, id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0));
+    choices =
+        static_cast<pw_metadata*>(pw_registry_bind(registry, id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0));
     choicesID = id;
     if (choices != nullptr)
         pw_metadata_add_listener(choices, &choicesHook, &heard, this);

@@ -116,9 +116,7 @@ void PipeWireMicrophoneStream::stop(Completion<void> done) {
     m_queue->post([session = std::move(m_session), &queue = *m_queue, &main = m_mainQueue,
                    done = std::move(done)]() mutable {
         session.reset();
-        queue.post([&main, done = std::move(done)]() mutable {
-            main.post([done = std::move(done)] { done({}); });
-        });
+        queue.post([&main, done = std::move(done)]() mutable { main.post([done = std::move(done)] { done({}); }); });
     });
 }
 

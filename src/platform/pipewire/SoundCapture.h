@@ -21,7 +21,8 @@ const spa_pod* soundFormat(spa_pod_builder& builder, int channelCount);
 /// How many channels a format of sound has; 0 when it is none that we take.
 int channelsOf(const spa_pod& format);
 
-/// The blocks that wait in a stream, oldest first, each with when its first frame sounded. On the thread that processes.
+/// The blocks that wait in a stream, oldest first, each with when its first frame sounded. On the thread that
+/// processes.
 class CapturedBlocks {
 public:
     /// `channelCount` is the format's.
