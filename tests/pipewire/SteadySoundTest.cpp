@@ -151,6 +151,28 @@ TEST(SteadySound, StandsWhereItSoundedWhateverTheDevicesClock) {
     }
 }
 
+TEST(SteadySound, IsNotMisledByTheFirstReports) {
+    Device device;
+    Heard heard;
+    SteadySound sound(1, heard.taker());
+    // What the graph takes is told only after the first block.
+    device.tell(sound, 0.015);
+    device.tell(sound, 0.015);
+    device.tellUntil(sound, 2);
+    EXPECT_LT(heard.worstLate(device.begin, device.now()), 0.001);
+
+    // Even when there is hardly more than one.
+    Device brief;
+    Heard few;
+    SteadySound glimpse(1, few.taker());
+    brief.tell(glimpse);
+    brief.tell(glimpse);
+    glimpse.breakOff();
+    ASSERT_FALSE(few.buffers.empty());
+    EXPECT_NEAR(few.buffers.front().time().seconds(), brief.begin, 0.0001);
+    EXPECT_EQ(few.buffers.back().endTime() - few.buffers.front().time(), MediaTime(2 * 1024, rate));
+}
+
 TEST(SteadySound, IsPulledGently) {
     Device device;
     device.ppm = 200;

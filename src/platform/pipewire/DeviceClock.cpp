@@ -19,6 +19,9 @@ constexpr double doubtfulOff = 0.020;
 /// A machine that was busy has caught up by then.
 constexpr double patience = 0.150;
 constexpr int fewestDoubts = 3;
+/// How long the first reports are gathered, and how many at least.
+constexpr double settlingSeconds = 0.25;
+constexpr std::size_t fewestBeginnings = 5;
 /// Where the graph runs at another rate than the device's sound, its count is rounded.
 constexpr double roundingSeconds = 0.001;
 
@@ -29,12 +32,11 @@ DeviceClock::Verdict DeviceClock::hear(const Report& report) {
     const std::int64_t lostTicks = report.ticks - m_nextTicks;
     m_counted += report.frameCount;
     m_nextTicks = report.ticks + report.frameCount;
-    if (!m_isAnchored) {
-        m_isAnchored = true;
-        m_frame = first;
-        m_time = report.heardAt;
-        m_timeVariance = jitter * jitter;
-        m_driftVariance = unknownDrift * unknownDrift;
+    if (!isSettled()) {
+        m_beginnings.push_back(report.heardAt - double(first) / m_rate);
+        if (double(m_counted) / m_rate < settlingSeconds || m_beginnings.size() < fewestBeginnings)
+            return Verdict::doubtful;
+        settle();
         return Verdict::steady;
     }
 
@@ -65,6 +67,18 @@ DeviceClock::Verdict DeviceClock::hear(const Report& report) {
     m_time += m_leastOff;
     follow(first, report.heardAt);
     return Verdict::jumped;
+}
+
+void DeviceClock::settle() {
+    if (isSettled() || m_beginnings.empty())
+        return;
+    const auto middle = m_beginnings.begin() + std::ptrdiff_t(m_beginnings.size() / 2);
+    std::nth_element(m_beginnings.begin(), middle, m_beginnings.end());
+    m_frame = 0;
+    m_time = *middle;
+    m_timeVariance = jitter * jitter;
+    m_driftVariance = unknownDrift * unknownDrift;
+    m_beginnings.clear();
 }
 
 double DeviceClock::hostTimeOf(std::int64_t frame) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <vector>
 
 namespace keldra {
 
@@ -29,8 +30,11 @@ public:
         jumped,   ///< frames were lost before this block, or before the first of those that were doubtful
     };
 
-    /// Blocks come in order. A block is counted with this call, whatever the verdict.
+    /// Blocks come in order. A block is counted with this call, whatever the verdict. The first ones are doubtful: a
+    /// quarter of a second tells better than any one of them when they sounded.
     Verdict hear(const Report& report);
+    /// No more blocks come that could tell: what was heard so far has to do.
+    void settle();
 
     /// The host time of that frame, counted from the first block's first one without what was lost. After a jump it
     /// holds from there on.
@@ -43,11 +47,11 @@ public:
 private:
     void follow(std::int64_t frame, double heardAt);
     bool explains(std::int64_t lostTicks, double off) const;
+    bool isSettled() const { return m_frame >= 0; }
 
     int m_rate;
     /// The estimate: when frame `m_frame` sounded, and the rate's error; with their uncertainty.
-    bool m_isAnchored = false;
-    std::int64_t m_frame = 0;
+    std::int64_t m_frame = -1;
     double m_time = 0;
     double m_drift = 0;
     double m_timeVariance = 0;
@@ -56,6 +60,9 @@ private:
 
     std::int64_t m_counted = 0;
     std::int64_t m_nextTicks = 0;
+
+    /// When frame 0 sounded, by each of the first reports.
+    std::vector<double> m_beginnings;
 
     // While there is doubt.
     bool m_isInDoubt = false;

@@ -56,6 +56,7 @@ void SteadySound::hear(const DeviceClock::Report& report, std::vector<float> sam
 }
 
 void SteadySound::breakOff() {
+    m_clock.settle();
     for (const Block& block : m_kept)
         feed(block);
     m_kept.clear();
