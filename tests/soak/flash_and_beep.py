@@ -1,8 +1,10 @@
 """Do sound and picture stay together over a long recording? Flashes on the screen and beeps of a microphone whose clock runs fast,
-then slow, are looked for in the file, minute by minute: a table for each clock, and a verdict.
+and in another recording at the same time slow, are looked for in the file, minute by minute: a table for each clock, and a verdict.
 
     flash_and_beep.py [MINUTES [PPM...]]
 """
+import concurrent.futures
+import contextlib
 import pathlib
 import statistics
 import sys
@@ -17,11 +19,12 @@ MINUTES, CLOCKS = 30, (200, -200)
 MEDIAN, FARTHEST, DRIFT = 0.020, 0.050, 0.010
 
 
-def measure(folder, minutes, ppm):
+def measure(folder, minutes, ppm, left):
     """(moment of the file, how late) of each beep and of each flash, seconds; and what the log says."""
-    area = "640x320+0+0"
-    with Device("microphone", ppm=ppm, every=0.97) as microphone, Scene("--rate", 2, "--geometry", area) as scene:
-        recording = Recording(folder, "--area", "0,0,640,320", options=["--microphone"])
+    name = f"microphone{ppm:+}"
+    with Device("microphone", name, ppm=ppm, every=0.97) as microphone, \
+            Scene("--rate", 2, "--geometry", f"640x320+{left}+0") as scene:
+        recording = Recording(folder, "--area", f"{left},0,640,320", options=["--microphone", name])
         growing(recording, 1000)
         for _ in range(max(1, round(minutes * 2))):
             wait(30)
@@ -41,9 +44,7 @@ def judge(name, value, bound):
     return value <= bound
 
 
-def soak(minutes, ppm):
-    with tempfile.TemporaryDirectory() as folder:
-        heard, seen, log = measure(folder, minutes, ppm)
+def tell(minutes, ppm, heard, seen, log):
     print(f"\nmicrophone {ppm:+} ppm, {minutes} min: {len(heard)} beeps, {len(seen)} flashes, "
           f"{log.count('gap detected')} gaps")
     print("".join(f"  {line}\n" for line in log.splitlines() if "[KELDRA Mic]" in line), end="")
@@ -65,7 +66,10 @@ def soak(minutes, ppm):
 def main(words):
     minutes = float(words[0]) if words else MINUTES
     clocks = [int(word) for word in words[1:]] or CLOCKS
-    return 0 if all([soak(minutes, ppm) for ppm in clocks]) else 1
+    with contextlib.ExitStack() as stack, concurrent.futures.ThreadPoolExecutor() as pool:
+        folders = [stack.enter_context(tempfile.TemporaryDirectory()) for _ in clocks]
+        found = pool.map(measure, folders, [minutes] * len(clocks), clocks, range(0, 1920, 640))
+        return 0 if all([tell(minutes, ppm, *each) for ppm, each in zip(clocks, found)]) else 1
 
 
 if __name__ == "__main__":
