@@ -96,6 +96,8 @@ public:
         const StopSignals signals([this] { interrupt(); });
         m_selection = selection;
         CO_TRY(co_await startCamera());
+        if (m_isInterrupted)
+            co_return fail(interruptedError());
         RecordingRequest request;
         request.selection = std::move(selection);
         request.quality = m_arguments.quality;
