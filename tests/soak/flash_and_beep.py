@@ -57,6 +57,7 @@ def tell(minutes, ppm, heard, seen, log):
     verdicts = [len(heard) > minutes * 55, len(seen) > minutes * 80]
     for name, found in (("beeps", heard), ("flashes", seen)):
         distances = [abs(late) for _, late in found]
+        print(f"{name}, farthest at {max(found, key=lambda each: abs(each[1]))[0]:.2f} s")
         verdicts += [judge(f"{name}, median", statistics.median(distances), MEDIAN),
                      judge(f"{name}, farthest", max(distances), FARTHEST)]
     verdicts.append(judge("drift, first to last minute", abs(apart[-1] - apart[0]), DRIFT))
