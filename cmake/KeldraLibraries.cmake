@@ -11,6 +11,10 @@ pkg_check_modules(XCB REQUIRED IMPORTED_TARGET xcb xcb-shm xcb-damage xcb-compos
   xcb-randr xcb-xinput xcb-res xcb-shape)
 
 pkg_check_modules(PIPEWIRE REQUIRED IMPORTED_TARGET libpipewire-0.3)
+# It names a macro of old C libraries, for which no precompiled header would fit any more.
+get_target_property(options PkgConfig::PIPEWIRE INTERFACE_COMPILE_OPTIONS)
+list(REMOVE_ITEM options -D_REENTRANT)
+set_target_properties(PkgConfig::PIPEWIRE PROPERTIES INTERFACE_COMPILE_OPTIONS "${options}")
 
 find_path(ASIO_INCLUDE asio.hpp REQUIRED)
 add_library(keldra_asio INTERFACE)

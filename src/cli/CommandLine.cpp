@@ -25,15 +25,16 @@ struct Command {
 
 constexpr Command commands[] = {
     {"sources", R"(keldra sources [--json]
-        displays and windows that can be recorded
+        displays and windows that can be recorded, cameras and microphones
 )",
      runSources},
     {"record", R"(keldra record (--display N | --window ID | --area X,Y,W,H)
        [--seconds S] [--quality high|medium|low] [--clicks] [--click-sound soft|classic] [--highlight]
        [--output-dir DIR]
         records until S seconds after the first frame, or until Ctrl-C, and prints the file's path.
-        X,Y count pixels from the top left of the desktop. Without --output-dir the file goes to the
-        current folder.
+        X,Y count pixels from the top left of the desktop. A device is named by its id
+        or its name; without one the desktop's choice is taken. Without --output-dir the file goes to
+        the current folder.
 )",
      runRecord},
     {"project", R"(keldra project INPUT

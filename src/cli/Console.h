@@ -32,6 +32,8 @@ class StatusLine {
 public:
     StatusLine();
     ~StatusLine();
+    /// Whether anybody sees it.
+    bool isShown() const { return m_isTerminal; }
     void show(const QString& text);
 
 private:

@@ -111,6 +111,8 @@ Result<RecordArguments> parseRecordArguments(const QStringList& words) {
                                                               {"--area", OptionValue::required},
                                                               {"--seconds", OptionValue::required},
                                                               {"--quality", OptionValue::required},
+                                                              {"--microphone", OptionValue::optional},
+                                                              {"--camera", OptionValue::optional},
                                                               {"--clicks", OptionValue::none},
                                                               {"--click-sound", OptionValue::required},
                                                               {"--highlight", OptionValue::none},
@@ -139,6 +141,8 @@ Result<RecordArguments> parseRecordArguments(const QStringList& words) {
     if (const auto quality = arguments.value("--quality")) {
         TRY_LET(record.quality, parseQuality(*quality));
     }
+    record.microphone = arguments.value("--microphone");
+    record.camera = arguments.value("--camera");
     record.showsClicks = arguments.has("--clicks");
     record.showsHighlight = arguments.has("--highlight");
     if (const auto sound = arguments.value("--click-sound")) {

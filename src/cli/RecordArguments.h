@@ -33,6 +33,9 @@ struct RecordArguments {
     std::variant<DisplayArgument, WindowArgument, AreaArgument> source;
     std::optional<double> seconds;
     RecordingQuality quality = RecordingQuality::high;
+    /// The word that names a device; empty for the desktop's choice.
+    std::optional<QString> microphone;
+    std::optional<QString> camera;
     /// Ripples and dots of clicks, their sound, and a light around the pointer.
     bool showsClicks = false;
     std::optional<ClickSoundStyle> clickSound;

@@ -33,6 +33,14 @@ QJsonObject windowRow(const WindowInfo& window) {
             {"height", pixels(window.frame.height(), 1)}};
 }
 
+QJsonArray deviceRows(const Platform& platform, CaptureDeviceKind kind) {
+    QJsonArray rows;
+    if (platform.devices)
+        for (const CaptureDeviceOption& device : platform.devices->devices(kind))
+            rows.append(QJsonObject{{"id", device.id}, {"name", device.name}});
+    return rows;
+}
+
 QString line(const QJsonObject& row, const QString& words) {
     return QStringLiteral("  %1  %2x%3  %4\n")
         .arg(row["id"].toInteger(), 10)
@@ -41,13 +49,22 @@ QString line(const QJsonObject& row, const QString& words) {
         .arg(words);
 }
 
-QString table(const QJsonArray& displays, const QJsonArray& windows) {
+QString deviceTable(const QString& title, const QJsonValue& devices) {
+    QString text = title + u'\n';
+    for (const QJsonValue& row : devices.toArray())
+        text += QStringLiteral("  %1  %2\n").arg(row["id"].toString(), row["name"].toString());
+    return text;
+}
+
+QString table(const QJsonObject& sources) {
     QString text = QStringLiteral("Displays\n");
-    for (const QJsonValue& row : displays)
+    for (const QJsonValue& row : sources["displays"].toArray())
         text += line(row.toObject(), row["name"].toString());
     text += QStringLiteral("Windows\n");
-    for (const QJsonValue& row : windows)
+    for (const QJsonValue& row : sources["windows"].toArray())
         text += line(row.toObject(), QStringLiteral("%1 (%2)").arg(row["title"].toString(), row["owner"].toString()));
+    text += deviceTable(QStringLiteral("Cameras"), sources["cameras"]);
+    text += deviceTable(QStringLiteral("Microphones"), sources["microphones"]);
     return text;
 }
 
@@ -68,16 +85,12 @@ QCoro::Task<Result<void>> runSources(const CommandContext& context, QStringList 
         if (window.layer == 0 && !window.isOwn)
             windows.append(windowRow(window));
 
-    const QByteArray text =
-        arguments.has("--json")
-            // Devices have no adapter yet; their lists stand empty so that readers of the format need not change.
-            ? QJsonDocument(QJsonObject{{"displays", displays},
-                                        {"windows", windows},
-                                        {"cameras", QJsonArray()},
-                                        {"microphones", QJsonArray()}})
-                      .toJson(QJsonDocument::Compact) +
-                  '\n'
-            : table(displays, windows).toLocal8Bit();
+    const QJsonObject sources{{"displays", displays},
+                              {"windows", windows},
+                              {"cameras", deviceRows(platform, CaptureDeviceKind::camera)},
+                              {"microphones", deviceRows(platform, CaptureDeviceKind::microphone)}};
+    const QByteArray text = arguments.has("--json") ? QJsonDocument(sources).toJson(QJsonDocument::Compact) + '\n'
+                                                    : table(sources).toLocal8Bit();
     if (!writeResult(text))
         co_return fail(unwritableOutput());
     co_return {};

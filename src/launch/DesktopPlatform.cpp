@@ -1,5 +1,6 @@
 #include "launch/DesktopPlatform.h"
 
+#include "platform/pipewire/PipeWireDevices.h"
 #include "platform/x11/X11Platform.h"
 
 #include <QtGlobal>
@@ -20,7 +21,9 @@ Result<Platform> makeDesktopPlatform(std::shared_ptr<HostClock> clock, Executor&
                           "this is a Wayland session, which this version cannot record: log in to an X11 session, or "
                           "unset WAYLAND_DISPLAY and XDG_SESSION_TYPE to record an X server",
                           {}});
-    return makeX11Platform(std::move(clock), mainQueue, 1.0);
+    TRY_LET(Platform platform, makeX11Platform(std::move(clock), mainQueue, 1.0));
+    addPipeWireDevices(platform, mainQueue);
+    return platform;
 }
 
 } // namespace keldra

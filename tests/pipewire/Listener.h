@@ -1,9 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <mutex>
 #include <vector>
 
+struct pw_context;
 struct pw_stream;
 struct pw_thread_loop;
 struct spa_hook;
@@ -32,7 +34,9 @@ private:
     void process();
 
     pw_thread_loop* m_loop;
+    pw_context* m_context = nullptr;
     pw_stream* m_stream = nullptr;
+    std::unique_ptr<spa_hook> m_hook;
     mutable std::mutex m_lock;
     std::vector<Frame> m_heard;
 };

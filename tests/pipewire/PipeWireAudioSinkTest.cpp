@@ -8,7 +8,7 @@
 
 #include <cmath>
 #include <condition_variable>
-#include <gtest/gtest.h>
+#include <deque>
 
 namespace keldra::test {
 namespace {

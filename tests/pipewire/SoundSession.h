@@ -5,12 +5,14 @@
 
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace keldra::test {
 
-/// A session of PipeWire of its own, with no daemon in it at first.
+/// A session of its own, with no PipeWire daemon in it at first.
 class SoundSession : public testing::Test {
 protected:
     SoundSession() {
@@ -31,6 +33,23 @@ protected:
         if (m_daemon)
             m_daemon->terminate();
         m_daemon.reset();
+    }
+
+    /// A device that is there when this returns; it goes with the object.
+    static std::unique_ptr<ChildProcess> plugIn(const char* program, std::vector<std::string> options) {
+        options.insert(options.begin(), program);
+        auto device = std::make_unique<ChildProcess>(std::move(options));
+        EXPECT_EQ(device->readLine(), "up");
+        return device;
+    }
+    static std::unique_ptr<ChildProcess> plugInMicrophone(const std::string& name,
+                                                          std::vector<std::string> options = {}) {
+        options.insert(options.begin(), {"--name", name, "--description", "The " + name});
+        return plugIn(KELDRA_TEST_MICROPHONE, std::move(options));
+    }
+    static std::unique_ptr<ChildProcess> plugInCamera(const std::string& name, std::vector<std::string> options = {}) {
+        options.insert(options.begin(), {"--name", name, "--description", "The " + name});
+        return plugIn(KELDRA_TEST_CAMERA, std::move(options));
     }
 
 private:

@@ -45,9 +45,9 @@ PipeWireAudioSink::PipeWireAudioSink()
     , m_connection({.connected = [this](pw_core& core, pw_loop&) { openStream(core); },
                     .lost = [this] { closeStream(); },
                     .appeared =
-                        [this](std::uint32_t node, const std::string& mediaClass) {
-                            if (mediaClass == "Audio/Sink" || mediaClass == "Audio/Duplex")
-                                m_outputs.insert(node);
+                        [this](const PipeWireNode& node) {
+                            if (node.mediaClass == "Audio/Sink" || node.mediaClass == "Audio/Duplex")
+                                m_outputs.insert(node.id);
                             updateDevices();
                         },
                     .vanished =

@@ -3,7 +3,9 @@
 #include "base/Log.h"
 
 #include <cerrno>
+#include <cstdlib>
 #include <mutex>
+#include <pipewire/extensions/metadata.h>
 #include <pipewire/pipewire.h>
 
 namespace keldra {
@@ -20,16 +22,47 @@ void arm(pw_loop* loop, spa_source* timer, std::chrono::nanoseconds delay) {
     pw_loop_update_timer(loop, timer, &due, nullptr, false);
 }
 
+template <typename... Parameters, typename... Arguments>
+void tell(const std::function<void(Parameters...)>& event, Arguments&&... arguments) {
+    if (event)
+        event(std::forward<Arguments>(arguments)...);
+}
+
+PipeWireNode nodeOf(std::uint32_t id, const spa_dict& properties) {
+    const auto text = [&](const char* key) {
+        const char* value = spa_dict_lookup(&properties, key);
+        return std::string(value != nullptr ? value : "");
+    };
+    PipeWireNode node;
+    node.id = id;
+    node.serial = text(PW_KEY_OBJECT_SERIAL);
+    node.mediaClass = text(PW_KEY_MEDIA_CLASS);
+    node.mediaRole = text(PW_KEY_MEDIA_ROLE);
+    node.name = text(PW_KEY_NODE_NAME);
+    node.description = text(PW_KEY_NODE_DESCRIPTION);
+    if (node.description.empty())
+        node.description = text(PW_KEY_NODE_NICK);
+    node.sessionPriority = std::atoi(text(PW_KEY_PRIORITY_SESSION).c_str());
+    return node;
+}
+
 } // namespace
 
 struct PipeWireConnection::Loop {
     explicit Loop(Events told);
     ~Loop();
 
+    void start();
     void connect();
     void disconnect();
     void wokenUp();
 
+    void listen();
+    void bindChoices(std::uint32_t id);
+    void unbindChoices();
+
+    static void roundTripDone(void* self, std::uint32_t id, int sequence);
+    static int choiceChanged(void* self, std::uint32_t subject, const char* key, const char* type, const char* value);
     static void coreFailed(void* self, std::uint32_t id, int sequence, int result, const char* message);
     static void globalAppeared(void* self, std::uint32_t id, std::uint32_t permissions, const char* type,
                                std::uint32_t version, const spa_dict* properties);
@@ -46,6 +79,13 @@ struct PipeWireConnection::Loop {
     pw_registry* registry = nullptr;
     spa_hook coreHook{};
     spa_hook registryHook{};
+    /// Where the desktop notes its choices.
+    pw_metadata* choices = nullptr;
+    std::uint32_t choicesID = 0;
+    spa_hook choicesHook{};
+    /// Until everything was told that was there at first.
+    int roundTrip = 0;
+    int roundTripsLeft = 0;
     bool isBroken = false;
 };
 
@@ -63,10 +103,14 @@ PipeWireConnection::Loop::Loop(Events told) : events(std::move(told)) {
     retrying = pw_loop_add_timer(
         loop, [](void* self, std::uint64_t) { static_cast<Loop*>(self)->connect(); }, this);
     delaying = pw_loop_add_timer(
-        loop, [](void* self, std::uint64_t) { static_cast<Loop*>(self)->events.timeIsOver(); }, this);
+        loop, [](void* self, std::uint64_t) { tell(static_cast<Loop*>(self)->events.timeIsOver); }, this);
     // The first connection takes time too: it reads configuration and loads modules.
     arm(loop, retrying, 1ns);
-    pw_thread_loop_start(thread);
+}
+
+void PipeWireConnection::Loop::start() {
+    if (thread != nullptr)
+        pw_thread_loop_start(thread);
 }
 
 PipeWireConnection::Loop::~Loop() {
@@ -83,14 +127,26 @@ PipeWireConnection::Loop::~Loop() {
 
 void PipeWireConnection::Loop::connect() {
     if (context == nullptr)
-        context = pw_context_new(loop, nullptr, 0);
+        // The configuration that lets PipeWire's thread go before others, where the system allows it: sound that comes
+        // while it waits is lost.
+        context = pw_context_new(loop, pw_properties_new(PW_KEY_CONFIG_NAME, "client-rt.conf", nullptr), 0);
     core = context != nullptr ? pw_context_connect(context, nullptr, 0) : nullptr;
-    if (core == nullptr)
+    if (core == nullptr) {
+        tell(events.unreachable);
         return arm(loop, retrying, retryPeriod);
+    }
+    listen();
+    tell(events.connected, *core, *loop);
+    // What is there is told in the first round trip; choices, for which we ask then, in the second.
+    roundTripsLeft = 2;
+    roundTrip = pw_core_sync(core, PW_ID_CORE, 0);
+}
 
+void PipeWireConnection::Loop::listen() {
     static const pw_core_events coreEvents = [] {
         pw_core_events heard{};
         heard.version = PW_VERSION_CORE_EVENTS;
+        heard.done = roundTripDone;
         heard.error = coreFailed;
         return heard;
     }();
@@ -105,13 +161,23 @@ void PipeWireConnection::Loop::connect() {
     registry = pw_core_get_registry(core, PW_VERSION_REGISTRY, 0);
     if (registry != nullptr)
         pw_registry_add_listener(registry, &registryHook, &registryEvents, this);
-    events.connected(*core, *loop);
+}
+
+void PipeWireConnection::Loop::roundTripDone(void* self, std::uint32_t id, int sequence) {
+    auto* loop = static_cast<Loop*>(self);
+    if (id != PW_ID_CORE || sequence != loop->roundTrip || loop->roundTripsLeft == 0)
+        return;
+    if (--loop->roundTripsLeft > 0)
+        loop->roundTrip = pw_core_sync(loop->core, PW_ID_CORE, 0);
+    else
+        tell(loop->events.listed);
 }
 
 void PipeWireConnection::Loop::disconnect() {
     if (core == nullptr)
         return;
-    events.lost();
+    tell(events.lost);
+    unbindChoices();
     if (registry != nullptr) {
         spa_hook_remove(&registryHook);
         pw_proxy_destroy(reinterpret_cast<pw_proxy*>(registry));
@@ -128,7 +194,7 @@ void PipeWireConnection::Loop::wokenUp() {
         disconnect();
         arm(loop, retrying, retryPeriod);
     }
-    events.woken();
+    tell(events.woken);
 }
 
 void PipeWireConnection::Loop::coreFailed(void* self, std::uint32_t id, int, int result, const char*) {
@@ -143,17 +209,61 @@ void PipeWireConnection::Loop::coreFailed(void* self, std::uint32_t id, int, int
 
 void PipeWireConnection::Loop::globalAppeared(void* self, std::uint32_t id, std::uint32_t, const char* type,
                                               std::uint32_t, const spa_dict* properties) {
-    if (properties == nullptr || std::string(type) != PW_TYPE_INTERFACE_Node)
+    if (properties == nullptr)
         return;
-    if (const char* mediaClass = spa_dict_lookup(properties, PW_KEY_MEDIA_CLASS))
-        static_cast<Loop*>(self)->events.appeared(id, mediaClass);
+    auto* loop = static_cast<Loop*>(self);
+    if (std::string(type) == PW_TYPE_INTERFACE_Node) {
+        if (const PipeWireNode node = nodeOf(id, *properties); !node.mediaClass.empty())
+            tell(loop->events.appeared, node);
+    } else if (std::string(type) == PW_TYPE_INTERFACE_Metadata) {
+        const char* name = spa_dict_lookup(properties, PW_KEY_METADATA_NAME);
+        if (loop->events.chosen && name != nullptr && std::string(name) == "default")
+            loop->bindChoices(id);
+    }
 }
 
 void PipeWireConnection::Loop::globalVanished(void* self, std::uint32_t id) {
-    static_cast<Loop*>(self)->events.vanished(id);
+    auto* loop = static_cast<Loop*>(self);
+    if (loop->choices != nullptr && id == loop->choicesID)
+        loop->unbindChoices();
+    tell(loop->events.vanished, id);
 }
 
-PipeWireConnection::PipeWireConnection(Events events) : m_loop(std::make_unique<Loop>(std::move(events))) {}
+void PipeWireConnection::Loop::bindChoices(std::uint32_t id) {
+    unbindChoices();
+    static const pw_metadata_events heard = [] {
+        pw_metadata_events all{};
+        all.version = PW_VERSION_METADATA_EVENTS;
+        all.property = choiceChanged;
+        return all;
+    }();
+    choices =
+        static_cast<pw_metadata*>(pw_registry_bind(registry, id, PW_TYPE_INTERFACE_Metadata, PW_VERSION_METADATA, 0));
+    choicesID = id;
+    if (choices != nullptr)
+        pw_metadata_add_listener(choices, &choicesHook, &heard, this);
+}
+
+void PipeWireConnection::Loop::unbindChoices() {
+    if (choices == nullptr)
+        return;
+    spa_hook_remove(&choicesHook);
+    pw_proxy_destroy(reinterpret_cast<pw_proxy*>(choices));
+    choices = nullptr;
+}
+
+int PipeWireConnection::Loop::choiceChanged(void* self, std::uint32_t subject, const char* key, const char*,
+                                            const char* value) {
+    // Without a key all are gone, but then so is who made them.
+    if (subject == PW_ID_CORE && key != nullptr)
+        static_cast<Loop*>(self)->events.chosen(key, value != nullptr ? value : "");
+    return 0;
+}
+
+PipeWireConnection::PipeWireConnection(Events events) : m_loop(std::make_unique<Loop>(std::move(events))) {
+    // Whoever is told may wake us.
+    m_loop->start();
+}
 
 PipeWireConnection::~PipeWireConnection() = default;
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "platform/pipewire/PipeWireNode.h"
+
 #include <chrono>
 #include <cstdint>
 #include <functional>
@@ -17,18 +19,26 @@ namespace keldra {
 /// Threads: everything is told on the connection's thread, or by the destructor after that thread has ended.
 class PipeWireConnection {
 public:
+    /// Each may be missing.
     struct Events {
         /// Objects may be made; the loop runs what they tell.
-        std::function<void(pw_core&, pw_loop&)> connected;
+        std::function<void(pw_core&, pw_loop&)> connected = {};
         /// All that was made must go now.
-        std::function<void()> lost;
-        /// A node is there, with its media.class.
-        std::function<void(std::uint32_t node, const std::string& mediaClass)> appeared;
-        std::function<void(std::uint32_t node)> vanished;
+        std::function<void()> lost = {};
+        /// A node with a media.class is there.
+        std::function<void(const PipeWireNode&)> appeared = {};
+        std::function<void(std::uint32_t node)> vanished = {};
+        /// The desktop's choice, such as "default.audio.source", as the JSON text that says which; empty when it has
+        /// none any more.
+        std::function<void(const std::string& key, const std::string& value)> chosen = {};
+        /// All nodes and choices that were there at the connection have been told.
+        std::function<void()> listed = {};
+        /// There is no daemon now.
+        std::function<void()> unreachable = {};
         /// After wake().
-        std::function<void()> woken;
+        std::function<void()> woken = {};
         /// When the time that callAfter() named is over.
-        std::function<void()> timeIsOver;
+        std::function<void()> timeIsOver = {};
     };
 
     /// Returns at once; connects later.
