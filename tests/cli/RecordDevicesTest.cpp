@@ -3,9 +3,9 @@
 #include "cli/RecordDevices.h"
 
 #include "cli/RecordArguments.h"
-#include "doubles/FixedCaptureDevices.h"
 #include "doubles/FixedDesktop.h"
 #include "doubles/PumpedExecutor.h"
+#include "doubles/ScriptedCaptureDevices.h"
 
 #include <gtest/gtest.h>
 
@@ -31,7 +31,7 @@ protected:
     }
 
     PumpedExecutor m_main;
-    const std::shared_ptr<FixedCaptureDevices> m_devices = std::make_shared<FixedCaptureDevices>(m_main);
+    const std::shared_ptr<ScriptedCaptureDevices> m_devices = std::make_shared<ScriptedCaptureDevices>(m_main);
     Platform m_platform;
 };
 
@@ -39,15 +39,15 @@ TEST_F(RecordDevices, AreFoundByIdOrName) {
     EXPECT_EQ(chosen("first"), "first");
     EXPECT_EQ(chosen("SECOND"), "second") << "by name, whatever the case";
     EXPECT_EQ(chosen(""), "second") << "the desktop's choice";
-    m_devices->choice.clear();
+    m_devices->microphones.defaultID.clear();
     EXPECT_EQ(chosen(""), "first");
 }
 
 TEST_F(RecordDevices, SayWhatIsThereInstead) {
     EXPECT_EQ(chosen("third"), R"(there is no microphone "third"; there is: first (First), second (Second))");
-    m_devices->all.clear();
+    m_devices->cameras.devices.clear();
     EXPECT_EQ(chosen("", CaptureDeviceKind::camera), "there is no camera: connect one, or leave --camera out");
-    m_devices->state = CaptureAuthorization::denied;
+    m_devices->microphones.authorization = CaptureAuthorization::denied;
     EXPECT_EQ(
         chosen("first"),
         "--microphone needs PipeWire, which does not answer in this session: start it, or leave --microphone out");
