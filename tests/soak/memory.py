@@ -1,0 +1,46 @@
+"""Does a long recording stay as small as it was? A moving scene with microphone, camera and all effects: the memory of the process,
+minute by minute, and a verdict.
+
+    memory.py [MINUTES]
+"""
+import pathlib
+import sys
+import tempfile
+
+sys.path.insert(0, str(pathlib.Path(__file__).resolve().parent.parent / "end_to_end"))
+from devices import Device  # noqa: E402
+from harness import Recording, Scene, xdotool  # noqa: E402
+from test_effects import growing, wait  # noqa: E402
+
+MINUTES, SETTLED, GROWTH = 40, 5, 1.05
+
+
+def resident(pid):
+    """Bytes of memory that the process holds."""
+    return int(pathlib.Path(f"/proc/{pid}/statm").read_text().split()[1]) * 4096
+
+
+def main(words):
+    minutes = int(words[0]) if words else MINUTES
+    sizes = []
+    with tempfile.TemporaryDirectory() as folder, Device("microphone") as microphone, Device("camera") as camera, \
+            Scene("--rate", 20, "--geometry", "640x320+0+0") as _:
+        recording = Recording(folder, "--area", "0,0,640,320",
+                              options=["--microphone", microphone.name, "--camera", camera.name, "--highlight", "--clicks",
+                                       "--click-sound", "soft"])
+        growing(recording, 1000)
+        for minute in range(1, minutes + 1):
+            for second in range(6):
+                xdotool("mousemove", 100 + 80 * second, 150, "click", 1)
+                wait(10)
+            sizes.append(resident(recording.process.pid))
+            print(f"{minute:3} min {sizes[-1] / 1e6:7.1f} MB", flush=True)
+        recording.stop()
+    growth = max(sizes) / sizes[min(SETTLED, len(sizes)) - 1]
+    verdict = "good" if growth <= GROWTH else "BAD"
+    print(f"largest beside the {SETTLED}th minute: {growth:.3f} of at most {GROWTH}   {verdict}")
+    return 0 if growth <= GROWTH else 1
+
+
+if __name__ == "__main__":
+    sys.exit(main(sys.argv[1:]))
