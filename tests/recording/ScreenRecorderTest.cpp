@@ -114,7 +114,7 @@ TEST_F(ScreenRecorderTest, AStopBeforeTheFirstFrameIsAnErrorAndLeavesNoFile) {
     stop();
     ASSERT_EQ(outputs.size(), 1u);
     EXPECT_EQ(outputs[0].error().message, "Could not prepare the capture stream.");
-    EXPECT_TRUE(writer->isCancelled);
+    EXPECT_TRUE(writer->isGivenUp);
 }
 
 TEST_F(ScreenRecorderTest, TheFirstFailureEndsTheRecording) {
@@ -125,7 +125,7 @@ TEST_F(ScreenRecorderTest, TheFirstFailureEndsTheRecording) {
     stop();
     ASSERT_EQ(outputs.size(), 1u);
     EXPECT_EQ(outputs[0].error(), closed);
-    EXPECT_TRUE(writer->isCancelled);
+    EXPECT_TRUE(writer->isGivenUp);
     EXPECT_FALSE(writer->end);
 }
 
