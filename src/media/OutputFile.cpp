@@ -46,11 +46,11 @@ Result<std::unique_ptr<OutputFile>> OutputFile::create(const std::string& path, 
     const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor < 0)
         return fail(systemError(errno, fileNameOf(path)));
-    std::unique_ptr<OutputFile> file(new OutputFile(descriptor, path));
+    std::unique_ptr<OutputFile> file(new OutputFile(descriptor, path, access));
     // Tells others that the file still grows. Where a file system has no locks nobody else looks for one either.
     (void)::flock(descriptor, LOCK_EX | LOCK_NB);
 
-    constexpr int bufferBytes = 1 << 17;
+    const int bufferBytes = access == Access::append ? 1 << 17 : 1 << 20;
     const bool isRewritable = access == Access::rewritable;
     auto* buffer = static_cast<unsigned char*>(av_malloc(bufferBytes));
     file->m_io = avio_alloc_context(buffer, bufferBytes, 1, file.get(), isRewritable ? readBytes : nullptr, writeBytes,
@@ -59,7 +59,8 @@ Result<std::unique_ptr<OutputFile>> OutputFile::create(const std::string& path, 
     return file;
 }
 
-OutputFile::OutputFile(int descriptor, std::string path) : m_descriptor(descriptor), m_path(std::move(path)) {}
+OutputFile::OutputFile(int descriptor, std::string path, Access access)
+    : m_descriptor(descriptor), m_access(access), m_path(std::move(path)) {}
 
 OutputFile::~OutputFile() {
     if (m_io != nullptr)
@@ -81,7 +82,20 @@ int OutputFile::writeBytes(void* self, std::uint8_t* bytes, int count) {
         }
         written += int(answer);
     }
+    file.m_writtenBytes += count;
+    file.writeBack();
     return count;
+}
+
+/// Has the kernel begin with what was written, so that a sync at the end of a long copy finds little left to do.
+void OutputFile::writeBack() {
+    constexpr std::int64_t step = 8 << 20;
+    if (m_access == Access::append || m_writtenBytes - m_writtenBackBytes < step)
+        return;
+    // Only a hint: what fails here, the sync tells.
+    (void)::sync_file_range(m_descriptor, m_writtenBackBytes, m_writtenBytes - m_writtenBackBytes,
+                            SYNC_FILE_RANGE_WRITE);
+    m_writtenBackBytes = m_writtenBytes;
 }
 
 int OutputFile::readBytes(void* self, std::uint8_t* bytes, int count) {

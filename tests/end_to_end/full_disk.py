@@ -1,4 +1,5 @@
 """A recording whose disk fills up, and what is left of it: shared by the test and the soak."""
+import errno
 import os
 import pathlib
 import re
@@ -52,8 +53,13 @@ class SmallDisk:
     def fill(self, left):
         """Takes everything but so many bytes, in one step."""
         with open(self.path / "filler", "ab") as filler:
-            size = os.fstat(filler.fileno()).st_size
-            os.posix_fallocate(filler.fileno(), size, max(1, self.free() - left))
+            while self.free() > left:
+                try:
+                    os.posix_fallocate(filler.fileno(), os.fstat(filler.fileno()).st_size, self.free() - left)
+                except OSError as error:
+                    # The recorder took some of it in between.
+                    if error.errno != errno.ENOSPC:
+                        raise
 
 
 class FilledTake:
