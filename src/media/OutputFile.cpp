@@ -63,6 +63,7 @@ OutputFile::OutputFile(int descriptor, std::string path, Access access)
     : m_descriptor(descriptor), m_access(access), m_path(std::move(path)) {}
 
 OutputFile::~OutputFile() {
+    m_writeBackQueue.reset();
     if (m_io != nullptr)
         av_freep(&m_io->buffer);
     avio_context_free(&m_io);
@@ -87,15 +88,21 @@ int OutputFile::writeBytes(void* self, std::uint8_t* bytes, int count) {
     return count;
 }
 
-/// Has the kernel begin with what was written, so that a sync at the end of a long copy finds little left to do.
+/// Has the kernel begin with what was written, so that a sync at the end of a long copy finds little left to do. Beside
+/// this thread, because the kernel finds places on the disk for all of it first.
 void OutputFile::writeBack() {
     constexpr std::int64_t step = 8 << 20;
     if (m_access == Access::append || m_writtenBytes - m_writtenBackBytes < step)
         return;
-    // Only a hint: what fails here, the sync tells.
-    (void)::sync_file_range(m_descriptor, m_writtenBackBytes, m_writtenBytes - m_writtenBackBytes,
-                            SYNC_FILE_RANGE_WRITE);
-    m_writtenBackBytes = m_writtenBytes;
+    if (m_writeBackQueue == nullptr)
+        m_writeBackQueue = std::make_unique<SerialQueue>("KELDRA.WriteBack", 1);
+    const bool isTaken =
+        m_writeBackQueue->tryPost([descriptor = m_descriptor, begin = m_writtenBackBytes, end = m_writtenBytes] {
+            // Only a hint: what fails here, the sync tells.
+            (void)::sync_file_range(descriptor, begin, end - begin, SYNC_FILE_RANGE_WRITE);
+        });
+    if (isTaken)
+        m_writtenBackBytes = m_writtenBytes;
 }
 
 int OutputFile::readBytes(void* self, std::uint8_t* bytes, int count) {

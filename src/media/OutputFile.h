@@ -1,6 +1,7 @@
 #pragma once
 
 #include "base/Result.h"
+#include "base/SerialQueue.h"
 #include "media/Libav.h"
 
 #include <cstdint>
@@ -76,6 +77,7 @@ private:
     /// How much was written, and how much of that the kernel was asked to begin with.
     std::int64_t m_writtenBytes = 0;
     std::int64_t m_writtenBackBytes = 0;
+    std::unique_ptr<SerialQueue> m_writeBackQueue;
 };
 
 /// The folder that a path names its file in.
