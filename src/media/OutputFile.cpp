@@ -46,11 +46,11 @@ Result<std::unique_ptr<OutputFile>> OutputFile::create(const std::string& path, 
     const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor < 0)
         return fail(systemError(errno, fileNameOf(path)));
-    std::unique_ptr<OutputFile> file(new OutputFile(descriptor, path, access));
+    std::unique_ptr<OutputFile> file(new OutputFile(descriptor, path));
     // Tells others that the file still grows. Where a file system has no locks nobody else looks for one either.
     (void)::flock(descriptor, LOCK_EX | LOCK_NB);
 
-    const int bufferBytes = access == Access::append ? 1 << 17 : 1 << 20;
+    constexpr int bufferBytes = 1 << 17;
     const bool isRewritable = access == Access::rewritable;
     auto* buffer = static_cast<unsigned char*>(av_malloc(bufferBytes));
     file->m_io = avio_alloc_context(buffer, bufferBytes, 1, file.get(), isRewritable ? readBytes : nullptr, writeBytes,
@@ -59,11 +59,9 @@ Result<std::unique_ptr<OutputFile>> OutputFile::create(const std::string& path, 
     return file;
 }
 
-OutputFile::OutputFile(int descriptor, std::string path, Access access)
-    : m_descriptor(descriptor), m_access(access), m_path(std::move(path)) {}
+OutputFile::OutputFile(int descriptor, std::string path) : m_descriptor(descriptor), m_path(std::move(path)) {}
 
 OutputFile::~OutputFile() {
-    m_writeBackQueue.reset();
     if (m_io != nullptr)
         av_freep(&m_io->buffer);
     avio_context_free(&m_io);
@@ -83,26 +81,7 @@ int OutputFile::writeBytes(void* self, std::uint8_t* bytes, int count) {
         }
         written += int(answer);
     }
-    file.m_writtenBytes += count;
-    file.writeBack();
     return count;
-}
-
-/// Has the kernel begin with what was written, so that a sync at the end of a long copy finds little left to do. Beside
-/// this thread, because the kernel finds places on the disk for all of it first.
-void OutputFile::writeBack() {
-    constexpr std::int64_t step = 8 << 20;
-    if (m_access == Access::append || m_writtenBytes - m_writtenBackBytes < step)
-        return;
-    if (m_writeBackQueue == nullptr)
-        m_writeBackQueue = std::make_unique<SerialQueue>("KELDRA.WriteBack", 1);
-    const bool isTaken =
-        m_writeBackQueue->tryPost([descriptor = m_descriptor, begin = m_writtenBackBytes, end = m_writtenBytes] {
-            // Only a hint: what fails here, the sync tells.
-            (void)::sync_file_range(descriptor, begin, end - begin, SYNC_FILE_RANGE_WRITE);
-        });
-    if (isTaken)
-        m_writtenBackBytes = m_writtenBytes;
 }
 
 int OutputFile::readBytes(void* self, std::uint8_t* bytes, int count) {

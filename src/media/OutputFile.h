@@ -1,7 +1,6 @@
 #pragma once
 
 #include "base/Result.h"
-#include "base/SerialQueue.h"
 #include "media/Libav.h"
 
 #include <cstdint>
@@ -62,22 +61,16 @@ public:
     [[nodiscard]] Result<void> renameToFreeName(const std::string& path);
 
 private:
-    OutputFile(int descriptor, std::string path, Access access);
-    void writeBack();
+    OutputFile(int descriptor, std::string path);
     bool isAt(const std::string& path) const;
     static int writeBytes(void* self, std::uint8_t* bytes, int count);
     static int readBytes(void* self, std::uint8_t* bytes, int count);
     static std::int64_t seekTo(void* self, std::int64_t offset, int whence);
 
     int m_descriptor;
-    Access m_access;
     std::string m_path;
     AVIOContext* m_io = nullptr;
     int m_errno = 0;
-    /// How much was written, and how much of that the kernel was asked to begin with.
-    std::int64_t m_writtenBytes = 0;
-    std::int64_t m_writtenBackBytes = 0;
-    std::unique_ptr<SerialQueue> m_writeBackQueue;
 };
 
 /// The folder that a path names its file in.

@@ -60,8 +60,9 @@ class KilledTake:
         self.lost_sound = max(0, self.killed - (zero + len(samples) / 48000))
         if clicks:
             heard = [zero + second for second in onsets(samples)]
+            # How late they are is another's question, and the file's zero is known to a frame at best.
             unheard = [click for click in scene.clicks
-                       if zero < click < self.killed - ALLOWED and not any(abs(click - h) < 0.15 for h in heard)]
+                       if zero < click < self.killed - ALLOWED and not any(abs(click - h) < 0.3 for h in heard)]
             if unheard:
                 self.faults.append(f"{len(unheard)} clicks missing")
         for name, seconds in (("pictures", self.lost_pictures), ("sound", self.lost_sound)):
