@@ -166,6 +166,8 @@ void AppModel::handleRecordingResult(const Result<RecordingOutput>& result) {
         readScreenPermission();
         refreshDisplays();
         dismissNotice();
+        if (const QString words = endingWords(result->ending); !words.isEmpty())
+            showNotice(AppNotice::Kind::info, words, AppNotice::RevealFile{result->url});
     } else {
         logFailure("result", result.error());
         fail(QString::fromStdString(result.error().message));

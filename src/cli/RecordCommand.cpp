@@ -2,6 +2,7 @@
 
 #include "async/AwaitCompletion.h"
 #include "async/CoTry.h"
+#include "base/Log.h"
 #include "base/SerialQueue.h"
 #include "cli/CommandErrors.h"
 #include "cli/Console.h"
@@ -77,6 +78,16 @@ QString levelBar(double level) {
     return QStringLiteral("[%1%2]").arg(QString(filled, u'#'), QString(length - filled, u' '));
 }
 
+/// A recording that failed is not where the user looks for it.
+Result<RecordingOutput> withPlaceOfWhatIsKept(Result<RecordingOutput> output) {
+    if (output)
+        return output;
+    Error error = output.error();
+    if (const auto kept = error.info.find("kept"); kept != error.info.end())
+        error.message += "; what was recorded until then is kept as " + kept->second;
+    return fail(std::move(error));
+}
+
 /// One recording of the command line, from start to finished file.
 class RecordRun {
 public:
@@ -124,7 +135,7 @@ public:
             (void)co_await awaitCompletion<void>([this](Completion<void> done) { m_whenFinished = std::move(done); });
         if (m_isInterrupted && !m_begin)
             co_return fail(interruptedError());
-        co_return *m_output;
+        co_return withPlaceOfWhatIsKept(*m_output);
     }
 
 private:
@@ -220,6 +231,8 @@ QCoro::Task<Result<void>> runRecord(const CommandContext& context, QStringList w
         RecordRun run(context, std::move(platform), arguments, std::move(devices));
         CO_TRY_LET(const RecordingOutput output, co_await run.record(std::move(selection)));
         path = output.url.toLocalFile();
+        if (const QString reason = endingWords(output.ending); !reason.isEmpty())
+            logLine("[KELDRA]", reason.toStdString());
     }
     if (!writeResult(path.toLocal8Bit() + '\n'))
         co_return fail(unwritableOutput());

@@ -11,13 +11,13 @@
 
 namespace keldra {
 
-/// What both threads know.
+/// What all threads know.
 struct FileMovieWriter::Shared {
-    /// Made before the queue, then the queue's.
-    std::unique_ptr<TakeWriter> writer;
     /// Read by the owner, raised and lowered around each picture.
     std::atomic<int> picturesWaiting = 0;
-    std::atomic<bool> isCancelled = false;
+    /// Stand still once writing has begun.
+    Executor* troubleAnswer = nullptr;
+    std::function<void(MovieWriterTrouble)> onTrouble;
 
     std::optional<Error> error() const {
         const std::lock_guard guard(m_lock);
@@ -25,14 +25,26 @@ struct FileMovieWriter::Shared {
     }
     /// The first error stays.
     void setError(Error error) {
-        const std::lock_guard guard(m_lock);
-        if (!m_error)
+        {
+            const std::lock_guard guard(m_lock);
+            if (m_error)
+                return;
             m_error = std::move(error);
+        }
+        tell(MovieWriterTrouble::failed);
+    }
+    void tell(MovieWriterTrouble trouble) const {
+        if (onTrouble)
+            troubleAnswer->post([tell = onTrouble, trouble] { tell(trouble); });
     }
 
 private:
     mutable std::mutex m_lock;
     std::optional<Error> m_error;
+
+public:
+    /// Made before the queue, then the queue's. Last, because what it watches its file with tells the others.
+    std::unique_ptr<TakeWriter> writer;
 };
 
 class FileMovieWriter::VideoInput final : public MovieWriterVideoInput {
@@ -139,6 +151,12 @@ Result<std::reference_wrapper<MovieWriterAudioInput>> FileMovieWriter::addAudioI
     return std::ref<MovieWriterAudioInput>(*m_sounds.back());
 }
 
+void FileMovieWriter::setOnTrouble(Executor& answer, std::function<void(MovieWriterTrouble)> tell) {
+    assert(!m_queue);
+    m_shared->troubleAnswer = &answer;
+    m_shared->onTrouble = std::move(tell);
+}
+
 void FileMovieWriter::prepare() {
     assert(!m_queue && m_video);
     m_preset = tryPresets(liveEncoderSettings(m_video->settings()));
@@ -146,7 +164,11 @@ void FileMovieWriter::prepare() {
 
 Result<void> FileMovieWriter::startWriting() {
     assert(!m_queue && m_video);
-    TRY_LET(auto writer, TakeWriter::create(m_path));
+    // What is shared goes after the writer and its file.
+    TakeKeeper::Listener listener;
+    listener.failed = [shared = m_shared.get()](const Error& error) { shared->setError(error); };
+    listener.diskNearlyFull = [shared = m_shared.get()] { shared->tell(MovieWriterTrouble::diskNearlyFull); };
+    TRY_LET(auto writer, TakeWriter::create(m_path, std::move(listener)));
     const auto begin = [&]() -> Result<void> {
         TRY(writer->addVideo(m_video->settings(), m_preset));
         for (const auto& sound : m_sounds)
@@ -162,7 +184,7 @@ Result<void> FileMovieWriter::startWriting() {
     m_queue = std::make_unique<SerialQueue>("KELDRA.MovieWriter");
     // Twice a second, so that with a slow disk and a busy queue a picture is safe within one.
     m_fragmentTimer = m_queue->every(std::chrono::milliseconds(500), [shared = m_shared] {
-        if (shared->isCancelled || shared->error())
+        if (shared->error())
             return;
         if (Result<void> closed = shared->writer->closeFragment(); !closed)
             shared->setError(std::move(closed.error()));
@@ -177,7 +199,7 @@ void FileMovieWriter::startSession(MediaTime time) {
 
 void FileMovieWriter::perform(std::function<Result<void>(TakeWriter&)> work) {
     m_queue->post([shared = m_shared, work = std::move(work)] {
-        if (shared->isCancelled || shared->error())
+        if (shared->error())
             return;
         if (Result<void> done = work(*shared->writer); !done)
             shared->setError(std::move(done.error()));
@@ -198,14 +220,18 @@ void FileMovieWriter::finishWriting(MediaTime end, Executor& answer, Completion<
     });
 }
 
-void FileMovieWriter::cancelWriting() {
+void FileMovieWriter::giveUp(const std::string& recoveryFolder, Executor& answer,
+                             std::function<void(std::string)> done) {
     const bool hasFailedFinish = m_isOver && m_shared->error();
-    if (!isWriting() && !hasFailedFinish)
+    if (!isWriting() && !hasFailedFinish) {
+        answer.post([done = std::move(done)] { done({}); });
         return;
+    }
     m_isOver = true;
     m_fragmentTimer.cancel();
-    m_shared->isCancelled = true;
-    m_queue->post([shared = m_shared] { shared->writer->discard(); });
+    m_queue->post([shared = m_shared, recoveryFolder, &answer, done = std::move(done)]() mutable {
+        answer.post([done = std::move(done), keptAt = shared->writer->giveUp(recoveryFolder)] { done(keptAt); });
+    });
 }
 
 std::optional<Error> FileMovieWriter::error() const {

@@ -24,18 +24,19 @@ public:
     static constexpr int secondsOfSoundInFlight = 2;
 
     explicit FileMovieWriter(std::string path);
-    /// Neither finished nor cancelled: what was appended stays in the file. Waits for the writer's thread.
+    /// Neither finished nor given up: what was appended stays in the file. Waits for the writer's thread.
     ~FileMovieWriter() override;
 
     [[nodiscard]] Result<std::reference_wrapper<MovieWriterVideoInput>>
     addVideoInput(const VideoTrackSettings& settings) override;
     [[nodiscard]] Result<std::reference_wrapper<MovieWriterAudioInput>>
     addAudioInput(const AudioFormat& format) override;
+    void setOnTrouble(Executor& answer, std::function<void(MovieWriterTrouble)> tell) override;
     void prepare() override;
     [[nodiscard]] Result<void> startWriting() override;
     void startSession(MediaTime time) override;
     void finishWriting(MediaTime end, Executor& answer, Completion<void> done) override;
-    void cancelWriting() override;
+    void giveUp(const std::string& recoveryFolder, Executor& answer, std::function<void(std::string)> done) override;
     std::optional<Error> error() const override;
 
 private:
@@ -45,7 +46,7 @@ private:
 
     bool isWriting() const { return m_queue != nullptr && !m_isOver; }
     bool takesSamples() const;
-    /// Runs the work on the queue unless the writer has failed or was cancelled; an error makes it fail.
+    /// Runs the work on the queue unless the writer has failed; an error makes it fail.
     void perform(std::function<Result<void>(TakeWriter&)> work);
 
     const std::string m_path;

@@ -49,6 +49,12 @@ public:
     virtual bool append(const AudioBuffer& sound) = 0;
 };
 
+/// Why a recording should not go on.
+enum class MovieWriterTrouble {
+    failed,         ///< the writer's error says why
+    diskNearlyFull, ///< what was appended can still be finished
+};
+
 /// A movie file that grows while it is recorded.
 ///
 /// Threads: all calls on one thread, which never waits for the disk or the encoder.
@@ -63,6 +69,8 @@ public:
     /// The same for a track of plain PCM, stored as it is.
     [[nodiscard]] virtual Result<std::reference_wrapper<MovieWriterAudioInput>>
     addAudioInput(const AudioFormat& format) = 0;
+    /// Before startWriting(): `tell` runs on `answer` when there is trouble, also when nothing is appended.
+    virtual void setOnTrouble(Executor& answer, std::function<void(MovieWriterTrouble)> tell) = 0;
     /// Finds out how finely this machine encodes in time: blocks for up to 200 ms. Before startWriting(), on any thread
     /// that may wait; without it the plainest way is taken.
     virtual void prepare() = 0;
@@ -72,8 +80,10 @@ public:
     /// Ends every track, lengthens the last picture up to `end`, and makes the file an ordinary movie. The answer
     /// carries the writer's error, if it has one.
     virtual void finishWriting(MediaTime end, Executor& answer, Completion<void> done) = 0;
-    /// Gives the recording up and removes its file; also after a finish that failed.
-    virtual void cancelWriting() = 0;
+    /// Ends a recording that cannot be finished; also after a finish that failed. Its name becomes free, and what was
+    /// appended before any failure is kept as a movie in `recoveryFolder` or, where that is on another disk, under a
+    /// hidden name beside. The answer is where; empty when there was not one picture to keep.
+    virtual void giveUp(const std::string& recoveryFolder, Executor& answer, std::function<void(std::string)> done) = 0;
     /// What made the writer fail, once it has.
     virtual std::optional<Error> error() const = 0;
 };

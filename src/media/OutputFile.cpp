@@ -1,24 +1,22 @@
 #include "media/OutputFile.h"
 
+#include "base/Log.h"
+#include "media/DiskSpace.h"
 #include "media/MediaError.h"
 
 #include <cerrno>
+#include <cstdio>
 #include <fcntl.h>
+#include <filesystem>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace keldra {
 namespace {
 
-std::string folderOf(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
-    if (slash == std::string::npos)
-        return ".";
-    return slash == 0 ? "/" : path.substr(0, slash);
-}
-
-Result<void> syncFolder(const std::string& folder) {
+Result<void> syncFolderAt(const std::string& folder) {
     const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
     if (descriptor < 0)
         return fail(systemError(errno, folder));
@@ -31,7 +29,18 @@ Result<void> syncFolder(const std::string& folder) {
     return {};
 }
 
+bool isSameFile(const struct stat& a, const struct stat& b) {
+    return a.st_ino == b.st_ino && a.st_dev == b.st_dev;
+}
+
 } // namespace
+
+std::string folderOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos)
+        return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
 
 Result<std::unique_ptr<OutputFile>> OutputFile::create(const std::string& path, Access access) {
     const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
@@ -117,25 +126,81 @@ std::string OutputFile::pathOfDescriptor() const {
     return "/proc/self/fd/" + std::to_string(m_descriptor);
 }
 
-bool OutputFile::hasName() const {
+Result<void> OutputFile::syncData() const {
+    int answer = 0;
+    do
+        answer = ::fdatasync(m_descriptor);
+    while (answer != 0 && errno == EINTR);
+    if (answer != 0)
+        return fail(systemError(errno, fileNameOf(m_path)));
+    return {};
+}
+
+Result<void> OutputFile::syncFolder() const {
+    return syncFolderAt(folderOf(m_path));
+}
+
+Result<void> OutputFile::checkName() const {
     struct stat ours {};
-    return ::fstat(m_descriptor, &ours) == 0 && ours.st_nlink > 0;
+    struct stat named {};
+    const bool isLinked = ::fstat(m_descriptor, &ours) != 0 || ours.st_nlink > 0;
+    // Another failure, say of a network, tells nothing about the name.
+    const bool isNamed =
+        ::lstat(m_path.c_str(), &named) == 0 ? isSameFile(ours, named) : errno != ENOENT && errno != ENOTDIR;
+    if (isLinked && isNamed)
+        return {};
+    return fail(
+        mediaError(MediaError::fileRemoved,
+                   fileNameOf(m_path) + ": the file was removed or moved, or its folder, while it was recorded"));
+}
+
+std::optional<std::int64_t> OutputFile::freeBytes() const {
+    return freeBytesBeside(m_descriptor);
+}
+
+bool OutputFile::isAt(const std::string& path) const {
+    struct stat ours {};
+    struct stat named {};
+    return ::fstat(m_descriptor, &ours) == 0 && ::lstat(path.c_str(), &named) == 0 && isSameFile(ours, named);
+}
+
+std::string OutputFile::currentPath() const {
+    std::error_code error;
+    const std::string path = std::filesystem::read_symlink(pathOfDescriptor(), error).string();
+    return !error && isAt(path) ? path : std::string();
 }
 
 void OutputFile::remove() {
-    struct stat ours {};
-    struct stat named {};
-    const bool isOurs = ::fstat(m_descriptor, &ours) == 0 && ::lstat(m_path.c_str(), &named) == 0 &&
-                        ours.st_ino == named.st_ino && ours.st_dev == named.st_dev;
-    if (isOurs)
+    if (isAt(m_path))
         ::unlink(m_path.c_str());
+}
+
+Result<void> OutputFile::renameToFreeName(const std::string& path) {
+    if (!isAt(m_path))
+        return fail(systemError(ENOENT, fileNameOf(m_path)));
+    int answer = ::renameat2(AT_FDCWD, m_path.c_str(), AT_FDCWD, path.c_str(), RENAME_NOREPLACE);
+    if (answer != 0 && errno == EINVAL) {
+        // A file system that cannot do it in one step.
+        struct stat taken {};
+        errno = EEXIST;
+        if (::lstat(path.c_str(), &taken) != 0)
+            answer = ::rename(m_path.c_str(), path.c_str());
+    }
+    if (answer != 0)
+        return fail(systemError(errno, fileNameOf(path)));
+    const std::string before = std::exchange(m_path, path);
+    // It has its new name already; that the disk may not know yet is worth a line.
+    for (const std::string& name : {path, before})
+        if (const auto synced = syncFolderAt(folderOf(name)); !synced)
+            logFailure("bringing a folder to the disk", synced.error());
+    return {};
 }
 
 Result<void> OutputFile::renameTo(const std::string& path) {
     if (::rename(m_path.c_str(), path.c_str()) != 0)
         return fail(systemError(errno, fileNameOf(path)));
     m_path = path;
-    return syncFolder(folderOf(path));
+    return syncFolderAt(folderOf(path));
 }
 
 Result<void> replaceFile(const std::string& path, const std::string& temporaryPath,

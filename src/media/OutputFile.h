@@ -11,7 +11,8 @@
 
 namespace keldra {
 
-/// A file of our own making, opened for libav to write. Belongs to one thread at a time.
+/// A file of our own making, opened for libav to write. Belongs to one thread at a time; another may call what is
+/// marked so, as long as the file is not renamed meanwhile.
 class OutputFile {
 public:
     enum class Access {
@@ -36,19 +37,32 @@ public:
     [[nodiscard]] Result<void> flush();
     /// Waits until the disk has it.
     [[nodiscard]] Result<void> sync();
-    /// Whether it still stands in some folder; a file that was removed is lost with its last descriptor.
-    bool hasName() const;
+    /// The same for all that is needed to read it again. Any thread.
+    [[nodiscard]] Result<void> syncData() const;
+    /// The same for its name. Any thread.
+    [[nodiscard]] Result<void> syncFolder() const;
+    /// An error when the file was removed or moved, or its folder: what is written under no name is lost with the last
+    /// descriptor. Any thread.
+    [[nodiscard]] Result<void> checkName() const;
+    /// What may still be written beside it, if the file system tells. Any thread.
+    std::optional<std::int64_t> freeBytes() const;
     /// Cuts off what lies behind `size`.
     void truncate(std::int64_t size);
     /// Where this very file can be opened again, whatever became of its name.
     std::string pathOfDescriptor() const;
+    /// The name by which the kernel knows it now, wherever it was moved; empty once it was removed.
+    std::string currentPath() const;
     /// Takes the name off the disk, unless it has become another file's.
     void remove();
     /// Replaces whatever stands at `path` by this file, and makes sure that the folder remembers it.
     [[nodiscard]] Result<void> renameTo(const std::string& path);
+    /// Gives it another name on the same disk. Errors: EEXIST where the name is taken, EXDEV on another disk, and
+    /// whatever else the system says; the file then keeps its name.
+    [[nodiscard]] Result<void> renameToFreeName(const std::string& path);
 
 private:
     OutputFile(int descriptor, std::string path);
+    bool isAt(const std::string& path) const;
     static int writeBytes(void* self, std::uint8_t* bytes, int count);
     static int readBytes(void* self, std::uint8_t* bytes, int count);
     static std::int64_t seekTo(void* self, std::int64_t offset, int whence);
@@ -58,6 +72,9 @@ private:
     AVIOContext* m_io = nullptr;
     int m_errno = 0;
 };
+
+/// The folder that a path names its file in.
+std::string folderOf(const std::string& path);
 
 /// Has a new file written at `temporaryPath` and puts it in the place of `path` once it is whole and on the disk. When
 /// that fails `path` stands as before and the new file is gone.

@@ -20,8 +20,8 @@ H264Settings liveEncoderSettings(const VideoTrackSettings& settings) {
     return encoder;
 }
 
-Result<std::unique_ptr<TakeWriter>> TakeWriter::create(const std::string& path) {
-    TRY_LET(auto file, TakeFile::create(path));
+Result<std::unique_ptr<TakeWriter>> TakeWriter::create(const std::string& path, TakeKeeper::Listener listener) {
+    TRY_LET(auto file, TakeFile::create(path, std::move(listener)));
     return std::unique_ptr<TakeWriter>(new TakeWriter(std::move(file)));
 }
 
@@ -83,6 +83,13 @@ Result<void> TakeWriter::finish(MediaTime end) {
     }
     TRY(m_video.encoder->drain([this](AVPacket& packet) { return write(packet); }));
     return m_file->finish(end);
+}
+
+std::string TakeWriter::giveUp(const std::string& recoveryFolder) {
+    if (m_video.hasPicture())
+        return m_file->giveUp(recoveryFolder);
+    m_file->discard();
+    return {};
 }
 
 } // namespace keldra

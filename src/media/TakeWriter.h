@@ -26,7 +26,8 @@ public:
     /// Ticks per second of the stamps.
     static constexpr std::int32_t timescale = 60000;
 
-    [[nodiscard]] static Result<std::unique_ptr<TakeWriter>> create(const std::string& path);
+    [[nodiscard]] static Result<std::unique_ptr<TakeWriter>> create(const std::string& path,
+                                                                    TakeKeeper::Listener listener);
 
     /// Without a preset the plainest is used, or the one that the environment forces.
     [[nodiscard]] Result<void> addVideo(const VideoTrackSettings& settings,
@@ -41,6 +42,8 @@ public:
     [[nodiscard]] Result<void> closeFragment() { return m_file->closeFragment(); }
     /// `end` is on the file's line. Errors: not one picture was written.
     [[nodiscard]] Result<void> finish(MediaTime end);
+    /// Closes the file as it is and moves it away; empty when it holds not one picture and is gone.
+    std::string giveUp(const std::string& recoveryFolder);
     void discard() { m_file->discard(); }
 
 private:

@@ -1,5 +1,6 @@
 #include "project/EditorProjectStore.h"
 
+#include "base/DataFolder.h"
 #include "project/ProjectJson.h"
 #include "project/UuidOrder.h"
 
@@ -8,7 +9,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QSaveFile>
-#include <QStandardPaths>
 
 #include <filesystem>
 
@@ -100,12 +100,7 @@ Result<QStringList> listProjectFiles(const QString& directory) {
 } // namespace
 
 QString defaultRecoveryDirectory() {
-    QString home = qEnvironmentVariable("KELDRA_DATA_HOME");
-    if (home.isEmpty())
-        home = QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation);
-    if (home.isEmpty())
-        home = QDir::tempPath();
-    return QDir(home).filePath(QStringLiteral("KELDRA/EditorRecovery"));
+    return QString::fromStdString(dataFolder()) + QStringLiteral("/EditorRecovery");
 }
 
 Result<void> saveProject(const EditorProject& project, const QString& directory) {

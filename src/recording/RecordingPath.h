@@ -13,4 +13,10 @@ namespace keldra {
 /// Errors: outputDirectoryUnavailable unless the folder exists and can be written to.
 [[nodiscard]] Result<QString> makeOutputPath(const QString& outputDirectory, const QDateTime& now);
 
+/// Where a recording that failed is kept: `RecordingRecovery` in the program's data folder.
+QString recordingRecoveryDirectory();
+
+/// Errors: tooLittleFreeSpace where the disk of that folder has no room for a recording; where it cannot tell, it has.
+[[nodiscard]] Result<void> checkRoomToRecord(const QString& outputDirectory);
+
 } // namespace keldra

@@ -58,6 +58,7 @@ ScreenRecorder::~ScreenRecorder() = default;
 
 QCoro::Task<Result<void>> ScreenRecorder::startRecording(RecordingRequest request, OnFinish onFinish) {
     CO_TRY_LET(const QString path, makeOutputPath(request.outputDirectory, request.now));
+    CO_TRY(checkRoomToRecord(request.outputDirectory));
     m_completion = std::move(onFinish);
     m_pointerEffects = request.pointerEffectsMonitor;
     m_clickTimes.reset();
@@ -159,11 +160,13 @@ Result<std::shared_ptr<StreamRecordingSession>> ScreenRecorder::makeSession(Fram
     parts.overlays = overlaysOf(request);
     parts.queue = &m_captureQueue;
     parts.mainQueue = &m_mainQueue;
+    parts.recoveryDirectory =
+        (request.recoveryDirectory.isEmpty() ? recordingRecoveryDirectory() : request.recoveryDirectory).toStdString();
     parts.onFirstFrame = request.onFirstFrame;
     parts.onFinish = [this, alive = std::weak_ptr<bool>(m_isAlive),
-                      url = QUrl::fromLocalFile(path)](const Result<void>& result) {
+                      url = QUrl::fromLocalFile(path)](const Result<RecordingEnding>& result) {
         if (!alive.expired())
-            deliver(result.map([&] { return RecordingOutput{url, false}; }));
+            deliver(result.map([&](RecordingEnding ending) { return RecordingOutput{url, false, ending}; }));
     };
     return std::make_shared<StreamRecordingSession>(std::move(parts));
 }

@@ -37,6 +37,8 @@ struct RecordingRequest {
     bool clickSoundEnabled = false;
     ClickSoundStyle clickSoundStyle = ClickSoundStyle::soft;
     QString outputDirectory;
+    /// Where a recording that fails is kept; empty: the user's own place for that.
+    QString recoveryDirectory;
     /// The moment that names the file.
     QDateTime now;
     /// What lies over the frames; each may be missing.

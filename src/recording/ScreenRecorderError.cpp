@@ -23,6 +23,8 @@ const char* words(ScreenRecorderError error) {
         return "The capture selection is invalid.";
     case ScreenRecorderError::outputDirectoryUnavailable:
         return "The output folder is unavailable or not writable.";
+    case ScreenRecorderError::tooLittleFreeSpace:
+        return "There is too little free space on the output folder's disk to record.";
     }
     return "";
 }

@@ -15,6 +15,7 @@ enum class ScreenRecorderError {
     couldNotPrepareStream,
     invalidSelection,
     outputDirectoryUnavailable,
+    tooLittleFreeSpace,
 };
 
 /// Domain "ScreenRecorderError", with the words a user reads.

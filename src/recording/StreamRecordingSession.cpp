@@ -157,6 +157,10 @@ bool StreamRecordingSession::append(const PixelBuffer& frame, MediaTime time, bo
 }
 
 bool StreamRecordingSession::startWriting(MediaTime time) {
+    m_parts.writer->setOnTrouble(*m_parts.queue, [weak = weak_from_this()](MovieWriterTrouble trouble) {
+        if (const auto self = weak.lock())
+            self->handleTrouble(trouble);
+    });
     if (const Result<void> started = m_parts.writer->startWriting(); !started) {
         requestFinish(started.error(), time);
         return false;
@@ -282,6 +286,18 @@ void StreamRecordingSession::finishIfWriterFailed() {
         requestFinish(error, m_lastOutputVideoPTS);
 }
 
+void StreamRecordingSession::handleTrouble(MovieWriterTrouble trouble) {
+    assert(m_parts.queue->isCurrent());
+    if (m_hasFinished)
+        return;
+    if (trouble == MovieWriterTrouble::failed) {
+        finishIfWriterFailed();
+        return;
+    }
+    m_ending = RecordingEnding::diskNearlyFull;
+    finish(std::nullopt, m_parts.clock->now());
+}
+
 void StreamRecordingSession::requestFinish(std::optional<Error> error, MediaTime end) {
     m_parts.queue->post([weak = weak_from_this(), error = std::move(error), end] {
         if (const auto self = weak.lock())
@@ -303,15 +319,25 @@ void StreamRecordingSession::finish(const std::optional<Error>& error, MediaTime
     if (m_clickTrack)
         m_clickTrack->markAsFinished();
     if (error || !m_hasStartedWriting) {
-        m_parts.writer->cancelWriting();
-        complete(fail(error.value_or(makeError(ScreenRecorderError::couldNotPrepareStream))));
+        giveUp(error.value_or(makeError(ScreenRecorderError::couldNotPrepareStream)));
         return;
     }
     m_parts.writer->finishWriting(end, *m_parts.queue, [self = shared_from_this()](Result<void> result) {
-        if (!result)
-            self->m_parts.writer->cancelWriting();
-        self->complete(std::move(result));
+        if (result)
+            self->complete(self->m_ending);
+        else
+            self->giveUp(std::move(result.error()));
     });
+}
+
+/// The file leaves its folder before anybody hears of the failure.
+void StreamRecordingSession::giveUp(Error error) {
+    m_parts.writer->giveUp(m_parts.recoveryDirectory, *m_parts.queue,
+                           [self = shared_from_this(), error = std::move(error)](const std::string& keptAt) mutable {
+                               if (!keptAt.empty())
+                                   error.info["kept"] = keptAt;
+                               self->complete(fail(std::move(error)));
+                           });
 }
 
 /// Up to the last picture, where sound ends before. What the writer refuses now is its error at the finish.
@@ -322,7 +348,7 @@ void StreamRecordingSession::padSound() {
         (void)m_microphoneTrack->finish(m_lastOutputVideoPTS);
 }
 
-void StreamRecordingSession::complete(Result<void> result) {
+void StreamRecordingSession::complete(Result<RecordingEnding> result) {
     // What was lost is told once, and of a take, not of a file that never came to be.
     if (m_begin.isNumeric())
         logLine("[KELDRA]", "recording ended: " + std::to_string(m_writtenFrameCount) + " frames written, " +

@@ -16,6 +16,7 @@
 #include "recording/FrameSource.h"
 #include "recording/MicrophoneTrack.h"
 #include "recording/PointerEffectsMonitor.h"
+#include "recording/RecordingOutput.h"
 
 #include <atomic>
 #include <functional>
@@ -62,8 +63,11 @@ public:
         Executor* mainQueue = nullptr;
         /// The first frame was written; at most once.
         std::function<void()> onFirstFrame;
-        /// The file is finished, or why it is not; exactly once after a start.
-        Completion<void> onFinish;
+        /// Where the file is kept when the recording fails.
+        std::string recoveryDirectory;
+        /// The file is finished, or why it is not, with `info` naming what is kept of it ("kept"); exactly once after a
+        /// start.
+        Completion<RecordingEnding> onFinish;
     };
 
     explicit StreamRecordingSession(Parts parts);
@@ -105,8 +109,10 @@ private:
     void requestFinish(std::optional<Error> error, MediaTime end);
     void finish(const std::optional<Error>& error, MediaTime end);
     void padSound();
-    void complete(Result<void> result);
+    void giveUp(Error error);
+    void complete(Result<RecordingEnding> result);
     void finishIfWriterFailed();
+    void handleTrouble(MovieWriterTrouble trouble);
 
     Parts m_parts;
     /// The region's display when the recording was set up, desktop points; empty when there is none.
@@ -125,6 +131,7 @@ private:
     PixelBuffer m_latestSourceFrame;
     bool m_hasStartedWriting = false;
     bool m_hasFinished = false;
+    RecordingEnding m_ending = RecordingEnding::stopped;
     /// The file's zero.
     MediaTime m_begin;
     MediaTime m_lastOutputVideoPTS;

@@ -62,6 +62,23 @@ TEST_F(RecordingRoad, LeadsToAFileInTheFolder) {
     EXPECT_EQ(model->elapsedSeconds(), 3);
 }
 
+TEST_F(RecordingRoad, OfADiskNearlyFullEndsWhereAStopEndsAndSaysSo) {
+    makeRecording();
+    deliverFrame();
+    time.advance(3s);
+    writer->tell(MovieWriterTrouble::diskNearlyFull);
+    time.settle();
+    EXPECT_EQ(states, (QList<RecordingState>{countdown, recording, idle}));
+    EXPECT_EQ(model->lastSavedURL().toLocalFile().toStdString(), writer->path);
+    EXPECT_EQ(model->currentSelection(), std::nullopt);
+    EXPECT_TRUE(model->errorMessage().isEmpty());
+    ASSERT_TRUE(model->notice());
+    EXPECT_EQ(model->notice()->message, "The disk is nearly full, so the recording was ended. It is saved.");
+    EXPECT_EQ(model->notice()->action, AppNotice::Action(AppNotice::RevealFile{model->lastSavedURL()}));
+    time.advance(2s);
+    EXPECT_EQ(model->elapsedSeconds(), 3);
+}
+
 TEST_F(RecordingRoad, FailsWithWordsWhereNoFrameCame) {
     makeRecording();
     press();

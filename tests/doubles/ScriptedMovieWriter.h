@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -42,7 +43,12 @@ struct MovieWriterScript {
     std::deque<SoundTrack> sounds;
     std::optional<MediaTime> end;
     bool isMarkedFinished = false;
-    bool isCancelled = false;
+    bool isGivenUp = false;
+    /// Where it was to be kept; what the writer then answers is `keptAt`.
+    std::string recoveryFolder;
+    std::string keptAt;
+    /// Tells of trouble, once writing has begun.
+    std::function<void(MovieWriterTrouble)> tell;
 };
 
 /// A movie writer that keeps what it is given.
@@ -72,7 +78,16 @@ public:
             done(error ? Result<void>(fail(*error)) : Result<void>());
         });
     }
-    void cancelWriting() override { m_script->isCancelled = true; }
+    void setOnTrouble(Executor& answer, std::function<void(MovieWriterTrouble)> tell) override {
+        m_script->tell = [&answer, tell = std::move(tell)](MovieWriterTrouble trouble) {
+            answer.post([tell, trouble] { tell(trouble); });
+        };
+    }
+    void giveUp(const std::string& recoveryFolder, Executor& answer, std::function<void(std::string)> done) override {
+        m_script->isGivenUp = true;
+        m_script->recoveryFolder = recoveryFolder;
+        answer.post([done = std::move(done), keptAt = m_script->keptAt] { done(keptAt); });
+    }
     std::optional<Error> error() const override { return m_script->error; }
 
 private:

@@ -22,6 +22,10 @@ KELDRA = str(BUILD / "keldra")
 SCENE = str(BUILD / "keldra_scene")
 LAYOUT = json.loads(subprocess.run([SCENE, "--layout"], check=True, stdout=subprocess.PIPE).stdout)
 DEADLINE = 60
+# Puts a library between the recorder and its disk; tests/faults/DiskFaults.cpp says what it can do.
+FAULTS = {"LD_PRELOAD": str(BUILD / "tests" / "keldra_disk_faults.so"),
+          # A sanitizer that comes after it still does its work.
+          "ASAN_OPTIONS": os.environ.get("ASAN_OPTIONS", "") + ":verify_asan_link_order=0"}
 
 
 def until(condition, what, seconds=DEADLINE):
@@ -91,8 +95,11 @@ class Recording:
         """The growing file, once it is there."""
         return until(lambda: next(self.folder.glob("KELDRA-*.mov"), None), "recording in the folder")
 
-    def stop(self, number=signal.SIGINT):
+    def interrupt(self, number=signal.SIGINT):
         self.process.send_signal(number)
+
+    def stop(self, number=signal.SIGINT):
+        self.interrupt(number)
         out, err = self.process.communicate(timeout=DEADLINE)
         if self.process.returncode != 0:
             raise AssertionError(f"record ended with {self.process.returncode}: {err}")
@@ -122,6 +129,12 @@ def probe(path):
                            "-of", "json", str(path)], check=True, stdout=subprocess.PIPE).stdout
     said = json.loads(said)
     return said["format"], said["streams"][0]
+
+
+def plays(path):
+    """Whether every track can be decoded from beginning to end."""
+    done = subprocess.run(["ffmpeg", "-nostdin", "-v", "fatal", "-i", str(path), "-map", "0", "-f", "null", "-"])
+    return done.returncode == 0
 
 
 def stamps(path):

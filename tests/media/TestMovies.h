@@ -134,6 +134,16 @@ inline Result<void> finishAndWait(MovieWriter& writer, SerialQueue& answer, Medi
     return future.get();
 }
 
+/// Where the writer says that it keeps what it has.
+inline std::string giveUpAndWait(MovieWriter& writer, SerialQueue& answer, const std::string& recoveryFolder) {
+    std::promise<std::string> promise;
+    writer.giveUp(recoveryFolder, answer, [&](std::string keptAt) { promise.set_value(std::move(keptAt)); });
+    auto future = promise.get_future();
+    const bool isAnswered = future.wait_for(std::chrono::seconds(60)) == std::future_status::ready;
+    EXPECT_TRUE(isAnswered);
+    return isAnswered ? future.get() : std::string();
+}
+
 /// Records the numbers 0, 1, ... at these times, the session starting at `start`.
 inline Result<void> recordTake(const std::string& path, MediaTime start, const std::vector<MediaTime>& times,
                                MediaTime end) {
@@ -147,6 +157,38 @@ inline Result<void> recordTake(const std::string& path, MediaTime start, const s
             return fail(writer.error().value_or(Error{"test", 2, "A picture was refused.", {}}));
     input.markAsFinished();
     return finishAndWait(writer, answer, end);
+}
+
+/// A writer under way, from time 0.
+struct Recording {
+    explicit Recording(const std::string& path, VideoTrackSettings settings = smallTrack()) : writer(path) {
+        auto added = writer.addVideoInput(settings);
+        EXPECT_TRUE(added);
+        input = &added->get();
+        const auto started = writer.startWriting();
+        EXPECT_TRUE(started) << (started ? "" : started.error().message);
+        writer.startSession(MediaTime::zero());
+    }
+    bool append(int number, MediaTime time) { return appendWhenReady(writer, *input, paintedPicture(number), time); }
+
+    SerialQueue answer{"test.answer"};
+    FileMovieWriter writer;
+    MovieWriterVideoInput* input = nullptr;
+};
+
+/// What libavformat's other users see of a take that is still being written, or was left so.
+inline std::vector<int> numbersIn(const std::string& path) {
+    std::vector<int> numbers;
+    for (const ShownPicture& picture : picturesIn(path))
+        numbers.push_back(picture.number);
+    return numbers;
+}
+
+inline std::vector<int> upTo(int count) {
+    std::vector<int> numbers;
+    for (int i = 0; i < count; ++i)
+        numbers.push_back(i);
+    return numbers;
 }
 
 } // namespace keldra::test

@@ -114,7 +114,7 @@ TEST_F(ScreenRecorderTest, AStopBeforeTheFirstFrameIsAnErrorAndLeavesNoFile) {
     stop();
     ASSERT_EQ(outputs.size(), 1u);
     EXPECT_EQ(outputs[0].error().message, "Could not prepare the capture stream.");
-    EXPECT_TRUE(writer->isCancelled);
+    EXPECT_TRUE(writer->isGivenUp);
 }
 
 TEST_F(ScreenRecorderTest, TheFirstFailureEndsTheRecording) {
@@ -125,7 +125,7 @@ TEST_F(ScreenRecorderTest, TheFirstFailureEndsTheRecording) {
     stop();
     ASSERT_EQ(outputs.size(), 1u);
     EXPECT_EQ(outputs[0].error(), closed);
-    EXPECT_TRUE(writer->isCancelled);
+    EXPECT_TRUE(writer->isGivenUp);
     EXPECT_FALSE(writer->end);
 }
 
@@ -138,6 +138,59 @@ TEST_F(ScreenRecorderTest, AWriterThatFailsEndsTheRecordingWithItsWords) {
     EXPECT_EQ(outputs[0].error(), diskFull);
     deliver(1002s, coordinatesPicture(640, 360));
     EXPECT_EQ(writer->samples.size(), 1u);
+}
+
+TEST_F(ScreenRecorderTest, AWriterThatFailsUnderAStillScreenIsHeardAtOnceAndWhatItKeepsIsNamed) {
+    request.recoveryDirectory = "/recovery";
+    writer->keptAt = "/recovery/take.mov";
+    ASSERT_TRUE(start());
+    deliver(1000s, coordinatesPicture(640, 360));
+    writer->error = diskFull;
+    writer->tell(MovieWriterTrouble::failed);
+    time.settle();
+    ASSERT_EQ(outputs.size(), 1u);
+    ASSERT_EQ(outputs[0].error(), diskFull);
+    EXPECT_EQ(outputs[0].error().info.at("kept"), "/recovery/take.mov");
+    EXPECT_EQ(writer->recoveryFolder, "/recovery");
+    EXPECT_EQ(stream->stops, 1);
+}
+
+TEST_F(ScreenRecorderTest, ADiskNearlyFullEndsTheRecordingAsAStopDoes) {
+    ASSERT_TRUE(start());
+    deliver(1000s, coordinatesPicture(640, 360));
+    time.advance(5s);
+    writer->tell(MovieWriterTrouble::diskNearlyFull);
+    writer->tell(MovieWriterTrouble::diskNearlyFull);
+    time.settle();
+    ASSERT_EQ(outputs.size(), 1u);
+    ASSERT_TRUE(outputs[0]);
+    EXPECT_EQ(outputs[0]->ending, RecordingEnding::diskNearlyFull);
+    EXPECT_EQ(*writer->end, MediaTime(1005, 1));
+    EXPECT_FALSE(writer->isGivenUp);
+    EXPECT_EQ(stream->stops, 1);
+    stop();
+    EXPECT_EQ(outputs.size(), 1u);
+}
+
+TEST_F(ScreenRecorderTest, AStopThatWasFirstStaysAStop) {
+    ASSERT_TRUE(start());
+    deliver(1000s, coordinatesPicture(640, 360));
+    stop();
+    writer->tell(MovieWriterTrouble::diskNearlyFull);
+    time.settle();
+    ASSERT_EQ(outputs.size(), 1u);
+    EXPECT_EQ(outputs[0]->ending, RecordingEnding::stopped);
+}
+
+TEST_F(ScreenRecorderTest, AFinishThatFailsGivesTheFileUp) {
+    ASSERT_TRUE(start());
+    deliver(1000s, coordinatesPicture(640, 360));
+    writer->error = diskFull;
+    stop();
+    ASSERT_EQ(outputs.size(), 1u);
+    EXPECT_EQ(outputs[0].error(), diskFull);
+    EXPECT_TRUE(writer->isGivenUp);
+    EXPECT_FALSE(outputs[0].error().info.contains("kept")) << "nothing was worth keeping";
 }
 
 TEST_F(ScreenRecorderTest, AFileThatCannotBeOpenedEndsTheRecording) {

@@ -1,0 +1,15 @@
+#include "recording/RecordingOutput.h"
+
+namespace keldra {
+
+QString endingWords(RecordingEnding ending) {
+    switch (ending) {
+    case RecordingEnding::stopped:
+        return {};
+    case RecordingEnding::diskNearlyFull:
+        return QStringLiteral("The disk is nearly full, so the recording was ended. It is saved.");
+    }
+    return {};
+}
+
+} // namespace keldra
