@@ -115,10 +115,20 @@ void StreamRecordingSession::startSource(Completion<void> done) {
 
 void StreamRecordingSession::stop(Completion<void> done) {
     const MediaTime end = m_parts.clock->now();
+    m_parts.queue->post([self = shared_from_this(), end] { self->m_soundEnd = end; });
     m_parts.source.stop([self = shared_from_this(), end, done = std::move(done)](const Result<void>& stopped) {
-        self->requestFinish(std::nullopt, end);
-        done(stopped);
+        self->stopMicrophone([self, end, stopped, done](const Result<void>&) {
+            self->requestFinish(std::nullopt, end);
+            done(stopped);
+        });
     });
+}
+
+void StreamRecordingSession::stopMicrophone(Completion<void> done) {
+    if (!m_microphone || std::exchange(m_isMicrophoneStopped, true))
+        done({});
+    else
+        m_microphone->stop(std::move(done));
 }
 
 void StreamRecordingSession::handleFrame(ScreenFrame frame) {
@@ -213,7 +223,13 @@ void StreamRecordingSession::handleSound(const AudioBuffer& sound) {
     assert(m_parts.queue->isCurrent());
     if (!m_hasStartedWriting || m_hasFinished || !m_microphoneTrack)
         return;
-    if (!m_microphoneTrack->handle(sound, m_isMicrophoneEnabled))
+    std::int64_t wanted = sound.frameCount();
+    if (m_soundEnd)
+        wanted =
+            std::clamp<std::int64_t>(firstSampleAt(*m_soundEnd - sound.time(), sound.format().sampleRate), 0, wanted);
+    if (wanted == 0)
+        return;
+    if (!m_microphoneTrack->handle(sound.part(0, wanted), m_isMicrophoneEnabled))
         finishIfWriterFailed();
 }
 
@@ -358,10 +374,7 @@ void StreamRecordingSession::complete(Result<RecordingEnding> result) {
     // later.
     m_parts.mainQueue->post([self = shared_from_this(), result = std::move(result)] {
         self->m_parts.source.stop([self, result](const Result<void>&) {
-            if (!self->m_microphone)
-                self->m_parts.onFinish(result);
-            else
-                self->m_microphone->stop([self, result](const Result<void>&) { self->m_parts.onFinish(result); });
+            self->stopMicrophone([self, result](const Result<void>&) { self->m_parts.onFinish(result); });
         });
     });
 }

@@ -78,7 +78,7 @@ public:
     /// Before start(): makes the click track, unless the writer refuses one.
     void addClicks(ClickSoundStyle style);
     void start(Completion<void> done);
-    /// Ends the stream, then finishes the file; the last picture lasts up to this call.
+    /// Ends the stream and the microphone, then finishes the file; the last picture and the sound last up to this call.
     void stop(Completion<void> done);
 
     bool hasMicrophone() const { return m_microphone != nullptr; }
@@ -94,6 +94,8 @@ private:
     void startSource(Completion<void> done);
     void handleFrame(ScreenFrame frame);
     void handleSound(const AudioBuffer& sound);
+    /// Main. When it answers, all that was heard has come.
+    void stopMicrophone(Completion<void> done);
     bool startWriting(MediaTime time);
     MediaTime stamp(MediaTime time) const;
     PixelBuffer croppedFrame(const PixelBuffer& picture);
@@ -118,6 +120,7 @@ private:
     /// The region's display when the recording was set up, desktop points; empty when there is none.
     const QRectF m_displayAtStart;
     std::unique_ptr<MicrophoneStream> m_microphone;
+    bool m_isMicrophoneStopped = false;
     std::optional<MicrophoneTrack> m_microphoneTrack;
     std::optional<ClickTrack> m_clickTrack;
     ClickSoundStyle m_clickSoundStyle = ClickSoundStyle::soft;
@@ -131,6 +134,8 @@ private:
     PixelBuffer m_latestSourceFrame;
     bool m_hasStartedWriting = false;
     bool m_hasFinished = false;
+    /// Sound from here on is not wanted; known once it was asked to stop.
+    std::optional<MediaTime> m_soundEnd;
     RecordingEnding m_ending = RecordingEnding::stopped;
     /// The file's zero.
     MediaTime m_begin;

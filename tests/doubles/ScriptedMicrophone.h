@@ -13,9 +13,11 @@ struct MicrophoneScript {
     std::optional<Error> startError;
     std::optional<QString> deviceID;
     int stops = 0;
+    /// What the device still holds when it is told to stop.
+    AudioBuffer held;
 
     void deliver(AudioBuffer buffer) {
-        if (m_queue && stops == 0)
+        if (m_queue && buffer && stops == 0)
             m_queue->post([buffers = m_buffers, buffer] { buffers(buffer); });
     }
 
@@ -40,6 +42,7 @@ public:
         });
     }
     void stop(Completion<void> done) override {
+        m_script->deliver(m_script->held);
         ++m_script->stops;
         m_mainQueue.post([done = std::move(done)] { done({}); });
     }

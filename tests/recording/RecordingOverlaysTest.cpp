@@ -226,6 +226,20 @@ TEST_F(RecordingMicrophone, IsSwitchedInMidRecording) {
     EXPECT_FALSE(recorder.setMicrophoneEnabled(true));
 }
 
+TEST_F(RecordingMicrophone, IsHeardUpToTheMomentOfTheStop) {
+    request.microphoneEnabled = true;
+    ASSERT_TRUE(start());
+    deliver(1000s, coordinatesPicture(640, 360));
+    const MediaTime now = time.clock()->now();
+    microphone->deliver(soundAt(now - MediaTime(1, 10), 2400));
+    microphone->held = soundAt(now - MediaTime(1, 20), 4800);
+    stop();
+    const auto& buffers = writer->sounds.at(0).buffers;
+    EXPECT_EQ(buffers.back().endTime(), now) << "and nothing of what came after it";
+    EXPECT_FALSE(isSilent(buffers.back()));
+    EXPECT_EQ(microphone->stops, 1);
+}
+
 TEST_F(RecordingMicrophone, IsLeftOutWhereItIsNotAllowedOrNotThere) {
     const std::vector<std::function<void()>> rows{
         [&] { devices->microphones.authorization = CaptureAuthorization::denied; },
