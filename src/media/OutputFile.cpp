@@ -4,6 +4,7 @@
 #include "media/DiskSpace.h"
 #include "media/MediaError.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
@@ -12,6 +13,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 namespace keldra {
 namespace {
@@ -70,6 +72,8 @@ OutputFile::~OutputFile() {
 
 int OutputFile::writeBytes(void* self, std::uint8_t* bytes, int count) {
     auto& file = *static_cast<OutputFile*>(self);
+    if (file.m_isLeftOut)
+        return ::lseek(file.m_descriptor, count, SEEK_CUR) < 0 ? AVERROR(errno) : count;
     for (int written = 0; written < count;) {
         const ssize_t answer = ::write(file.m_descriptor, bytes + written, std::size_t(count - written));
         if (answer < 0 && errno == EINTR)
@@ -108,6 +112,47 @@ Result<void> OutputFile::flush() {
         return fail(systemError(m_errno, fileNameOf(m_path)));
     if (m_io->error < 0)
         return fail(libavError(m_io->error, fileNameOf(m_path)));
+    return {};
+}
+
+std::int64_t OutputFile::position() const {
+    return avio_tell(m_io);
+}
+
+Result<void> OutputFile::leaveOut(bool isLeftOut) {
+    TRY(flush());
+    m_isLeftOut = isLeftOut;
+    return {};
+}
+
+Result<void> OutputFile::copyFrom(int source, std::int64_t sourceOffset, std::int64_t count, std::int64_t offset) {
+    std::vector<char> buffer;
+    while (count > 0) {
+        ssize_t copied = -1;
+        if (buffer.empty()) {
+            off_t from = sourceOffset;
+            off_t to = offset;
+            copied = ::copy_file_range(source, &from, m_descriptor, &to, std::size_t(count), 0);
+            // Not everywhere, and not between all disks: then as everybody does it.
+            if (copied < 0 && (errno == EXDEV || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP)) {
+                buffer.resize(1 << 20);
+                continue;
+            }
+        } else {
+            copied = ::pread(source, buffer.data(), std::min(buffer.size(), std::size_t(count)), sourceOffset);
+            if (copied > 0)
+                copied = ::pwrite(m_descriptor, buffer.data(), std::size_t(copied), offset);
+        }
+        if (copied < 0 && errno == EINTR)
+            continue;
+        if (copied < 0)
+            return fail(systemError(errno, fileNameOf(m_path)));
+        if (copied == 0)
+            return fail(systemError(ENODATA, fileNameOf(m_path)));
+        sourceOffset += copied;
+        offset += copied;
+        count -= copied;
+    }
     return {};
 }
 

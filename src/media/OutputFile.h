@@ -35,6 +35,12 @@ public:
     /// Hands everything on to the kernel. Errors: the first that any write met, e.g. "take.mov: No space left on
     /// device".
     [[nodiscard]] Result<void> flush();
+    /// Where libav writes next.
+    std::int64_t position() const;
+    /// From now on what libav writes is left out, as a hole of the same length, until this is called with false.
+    [[nodiscard]] Result<void> leaveOut(bool isLeftOut);
+    /// Puts bytes of another file at that place of this one, by the kernel's own means where it has some.
+    [[nodiscard]] Result<void> copyFrom(int source, std::int64_t sourceOffset, std::int64_t count, std::int64_t offset);
     /// Waits until the disk has it.
     [[nodiscard]] Result<void> sync();
     /// The same for all that is needed to read it again. Any thread.
@@ -71,6 +77,7 @@ private:
     std::string m_path;
     AVIOContext* m_io = nullptr;
     int m_errno = 0;
+    bool m_isLeftOut = false;
 };
 
 /// The folder that a path names its file in.

@@ -3,10 +3,10 @@
 #include "media/MediaError.h"
 #include "media/MovieInput.h"
 #include "media/MovieMuxer.h"
+#include "media/OrdinaryCopy.h"
 #include "media/PcmTrack.h"
 
 #include <cstring>
-#include <vector>
 
 namespace keldra {
 namespace {
@@ -21,49 +21,6 @@ std::int64_t indexBytesFor(MovieInput& input) {
         bytes += perTrack + perPacket * avformat_index_get_entries_count(&input.stream(index));
     return bytes;
 }
-
-/// Holds each track's newest packet back, because only the end of the file tells how long the last one lasts.
-class PacketCopier {
-public:
-    PacketCopier(MovieInput& input, MovieMuxer& muxer) : m_input(input), m_muxer(muxer) {
-        for (int index = 0; index < input.streamCount(); ++index)
-            m_held.emplace_back(av_packet_alloc());
-    }
-
-    Result<void> copy(AVPacket& packet) {
-        AVPacket& held = *m_held[std::size_t(packet.stream_index)];
-        if (held.data != nullptr)
-            TRY(write(held));
-        av_packet_move_ref(&held, &packet);
-        return {};
-    }
-
-    Result<void> finish(MediaTime end) {
-        for (const PacketPtr& held : m_held) {
-            if (held->data == nullptr)
-                continue;
-            const AVStream& stream = m_input.stream(held->stream_index);
-            if (stream.codecpar->codec_type == AVMEDIA_TYPE_VIDEO && end.isNumeric()) {
-                const std::int64_t lasting = ticksAtOrBefore(end, stream.time_base) - held->pts;
-                if (lasting > 0)
-                    held->duration = lasting;
-            }
-            TRY(write(*held));
-        }
-        return {};
-    }
-
-private:
-    Result<void> write(AVPacket& packet) {
-        Result<void> written = m_muxer.write(packet, m_input.stream(packet.stream_index).time_base);
-        av_packet_unref(&packet);
-        return written;
-    }
-
-    MovieInput& m_input;
-    MovieMuxer& m_muxer;
-    std::vector<PacketPtr> m_held;
-};
 
 /// Puts sound into the packets of a movie on their way from file to file.
 class PacketSound {
@@ -152,31 +109,27 @@ Result<void> copyTracks(MovieInput& input, MovieMuxer& muxer) {
     return {};
 }
 
-Result<void> remux(MovieInput& input, OutputFile& target, MediaTime end, PacketSound* sound) {
+Result<void> remux(MovieInput& input, OutputFile& target, PacketSound& sound) {
     // A track of added sound has a packet a second.
-    const std::int64_t addedBytes = sound != nullptr ? 4096 + 36 * (input.duration() / AV_TIME_BASE + 2) : 0;
+    const std::int64_t addedBytes = 4096 + 36 * (input.duration() / AV_TIME_BASE + 2);
     TRY_LET(const auto muxer, MovieMuxer::open(target, MovieMuxer::Shape::quickTime,
                                                indexBytesFor(input) + std::max<std::int64_t>(0, addedBytes)));
     TRY(copyTracks(input, *muxer));
-    if (sound != nullptr)
-        TRY(sound->prepare(*muxer));
+    TRY(sound.prepare(*muxer));
     TRY(muxer->begin());
 
-    PacketCopier copier(input, *muxer);
     const PacketPtr packet(av_packet_alloc());
     for (;;) {
         TRY_LET(const bool hasPacket, input.read(*packet));
         if (!hasPacket)
             break;
-        if (sound != nullptr) {
-            TRY(sound->edit(*packet));
-            TRY(sound->writeUpTo(timeOf(packet->pts, input.stream(packet->stream_index).time_base), *muxer));
-        }
-        TRY(copier.copy(*packet));
+        TRY(sound.edit(*packet));
+        TRY(sound.writeUpTo(timeOf(packet->pts, input.stream(packet->stream_index).time_base), *muxer));
+        TRY(muxer->write(*packet, input.stream(packet->stream_index).time_base));
+        av_packet_unref(packet.get());
     }
-    TRY(copier.finish(end));
-    if (sound != nullptr && input.duration() != AV_NOPTS_VALUE)
-        TRY(sound->writeUpTo(MediaTime(input.duration(), lengthTimescale), *muxer));
+    if (input.duration() != AV_NOPTS_VALUE)
+        TRY(sound.writeUpTo(MediaTime(input.duration(), lengthTimescale), *muxer));
     return muxer->finish();
 }
 
@@ -185,14 +138,17 @@ Result<void> remux(MovieInput& input, OutputFile& target, MediaTime end, PacketS
 Result<void> remuxIntoOrdinaryMovie(const std::string& source, const std::string& displayName, OutputFile& target,
                                     MediaTime end) {
     TRY_LET(const auto input, MovieInput::open(source, displayName));
-    return remux(*input, target, end, nullptr);
+    TRY_LET(const auto muxer, MovieMuxer::open(target, MovieMuxer::Shape::quickTime, indexBytesFor(*input)));
+    TRY(copyTracks(*input, *muxer));
+    TRY(muxer->begin());
+    return copyPackets(*input, source, *muxer, target, end);
 }
 
 Result<void> remuxAddingSound(const std::string& source, const std::string& displayName, OutputFile& target,
                               const SoundAddition& addition) {
     TRY_LET(const auto input, MovieInput::open(source, displayName));
     PacketSound sound(*input, addition);
-    return remux(*input, target, MediaTime::invalid(), &sound);
+    return remux(*input, target, sound);
 }
 
 } // namespace keldra

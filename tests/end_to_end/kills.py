@@ -31,7 +31,8 @@ class KilledTake:
         begin = time.monotonic()
         while time.monotonic() - begin < seconds:
             if clicks:
-                xdotool("mousemove", 700, 200, "click", 1)
+                # And back to where it covers nothing that is looked at.
+                xdotool("mousemove", 700, 200, "click", 1, "mousemove", 960, 540)
             pause = min(time.monotonic() + 0.4, begin + seconds)
             until(lambda: time.monotonic() >= pause, "moment of the kill")
         self.killed = time.monotonic()
