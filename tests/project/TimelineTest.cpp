@@ -113,21 +113,6 @@ TEST(Fades, FitTheClip) {
     }
 }
 
-TEST(Fades, NeverPassTheClipWhateverIsStored) {
-    std::mt19937_64 random(3);
-    std::uniform_real_distribution<double> seconds(-1, 20);
-    for (int round = 0; round < 10000; ++round) {
-        EditorSegment segment = clip(1, 0, seconds(random));
-        segment.fadeInDuration = seconds(random);
-        segment.fadeOutDuration = seconds(random);
-        const FadeLengths fades = normalizedFades(segment);
-        ASSERT_GE(fades.fadeIn, 0);
-        ASSERT_GE(fades.fadeOut, 0);
-        // The sum may round up by the last bit.
-        ASSERT_LE(fades.fadeIn + fades.fadeOut, std::nextafter(std::max(segment.duration, 0.0), infinity));
-    }
-}
-
 TEST(FreshProject, DescribesTheSource) {
     const QDateTime now = QDateTime({2024, 1, 2}, {3, 4, 5}, Qt::UTC);
     const QUrl url("file:///a.mov");
