@@ -48,17 +48,6 @@ TEST(DeviceClock, FindsTheRate) {
             }
 }
 
-TEST(DeviceClock, IsUnmovedBySingleReports) {
-    Hearing hearing(50, 0.0005, 1024);
-    hearing.hearUntil(20);
-    const double rateBefore = hearing.clock.rateError();
-    EXPECT_EQ(hearing.hear(0.012), Verdict::steady);
-    EXPECT_EQ(hearing.hear(0.500), Verdict::doubtful);
-    EXPECT_EQ(hearing.hear(), Verdict::steady) << "it was late, and nothing more";
-    EXPECT_NEAR(hearing.clock.rateError(), rateBefore, 5e-6);
-    EXPECT_NEAR(hearing.errorNow(), 0, 0.0003);
-}
-
 TEST(DeviceClock, JumpsWhenLatenessStays) {
     // Time goes on without the device, whose count does not; late for good, or early.
     for (const double step : {0.030, 1.0, -0.5}) {

@@ -135,15 +135,7 @@ TEST(FreshProject, DescribesTheSource) {
     EXPECT_EQ(project.hasLiveClickTrack, true);
     EXPECT_FALSE(project.clickSoundVolume);
 
-    const CanvasStyle& style = *project.canvas;
-    EXPECT_EQ(std::get<CanvasGradient>(style.background), (CanvasGradient{CanvasGradient::Kind::linear,
-                                                                          {14 / 255.0, 165 / 255.0, 233 / 255.0, 1},
-                                                                          {30 / 255.0, 58 / 255.0, 138 / 255.0, 1},
-                                                                          90,
-                                                                          0}));
-    EXPECT_EQ(style.paddingFraction, (CanvasInsets{0.05, 0.05, 0.05, 0.05}));
-    EXPECT_EQ(style.shadow, (CanvasShadow{true, {0, 0, 0, 1}, 0.45, 0.025, 0.012}));
-    EXPECT_EQ(style.cornerRadiusFraction, 0.02);
+    EXPECT_EQ(project.canvas, freshCanvasStyle());
     EXPECT_EQ(gradientPresets().size(), 20);
 
     const EditorProject soundOnly = makeFreshProject(url, false, {-3, {}}, now);
