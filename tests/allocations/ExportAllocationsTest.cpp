@@ -2,7 +2,7 @@
 
 #include "AllocationCounter.h"
 #include "composition/EditorCompositionBuilder.h"
-#include "composition/ManualMain.h"
+#include "composition/Tasks.h"
 #include "media/ExportSession.h"
 #include "media/FrameCompositor.h"
 #include "media/TestMovies.h"
@@ -15,7 +15,6 @@ namespace {
 
 using namespace test;
 using testing::finish;
-using testing::ManualMain;
 using testing::SteppedClock;
 
 /// Hands requests on, and notes the count at some of them.
@@ -45,12 +44,12 @@ Result<EditorCompositionOutput> build(const std::string& path, double seconds) {
     project.zoomBlocks = QList<ZoomBlock>{zoom, zoom};
     project.zoomBlocks->last().timelineStart = seconds / 2;
 
-    ManualMain main;
+    PumpedExecutor main;
     const AssetLoader open = [&main](const std::string& name, Completion<AssetPtr> done) {
         main.post([name, done] { done(Asset::open(name)); });
     };
     const EditorCompositionBuilder builder(open, MainTurn(main, std::make_shared<SteppedClock>()));
-    return *finish(builder.build(project), main);
+    return finish(builder.build(project), main);
 }
 
 TEST(ExportAllocations, NoneAfterTheFirstFrames) {

@@ -109,20 +109,6 @@ TEST_F(AppModelRecording, AResultFromAnotherThreadsQueueIsHandledOnMain) {
     EXPECT_EQ(model->recordingState(), idle);
 }
 
-TEST_F(AppModelRecording, LogsAFailureInOneLine) {
-    recorder.startError = Error{"ScreenRecorderError", 8, "The output folder is gone.", {{"path", "/x"}}};
-    ::testing::internal::CaptureStdout();
-    makeRecording();
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(),
-              "[KELDRA] start failed: domain=ScreenRecorderError code=8 info=The output folder is gone.; path: /x\n");
-    recorder.startError.reset();
-    press();
-    ::testing::internal::CaptureStdout();
-    finish(keldra::fail(diskFull));
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(),
-              "[KELDRA] result failed: domain=POSIX code=28 info=No space left on device\n");
-}
-
 struct StateRow {
     const char* name;
     RecordingState state;

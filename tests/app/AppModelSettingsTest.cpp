@@ -118,15 +118,6 @@ TEST_F(AppModelSettings, ConsentStartsAndEndsTheReports) {
     EXPECT_EQ(telemetrySent(), QStringList{"recording_started"});
 }
 
-TEST_F(AppModelSettings, TheCameraPreviewHasTheHeightOfItsBubble) {
-    makeModel();
-    EXPECT_EQ(model->cameraPreviewHeight(), 50);
-    toggleCamera();
-    EXPECT_EQ(model->cameraPreviewHeight(), 288);
-    model->toggleCameraOverlaySize();
-    EXPECT_EQ(model->cameraPreviewHeight(), 228);
-}
-
 TEST_F(AppModelSettings, AFolderIsChosen) {
     const QUrl before = makeModel().outputDirectoryURL();
     const QUrl chosen = QUrl::fromLocalFile(folder.filePath("a, é"));
@@ -164,16 +155,6 @@ TEST_F(AppModelSettings, AFolderThatIsNotChosenChangesNothing) {
     EXPECT_EQ(model->outputDirectoryURL(), before);
     EXPECT_FALSE(stored("preferences.outputDirectoryPath").isValid());
     EXPECT_TRUE(notices.isEmpty());
-}
-
-TEST_F(AppModelSettings, EverySetIsTold) {
-    makeModel();
-    QList<bool> values;
-    QObject::connect(model.get(), &AppModelFields::isSettingsPresentedChanged,
-                     [&](bool value) { values.append(value); });
-    for (const bool value : {true, true, false})
-        model->setIsSettingsPresented(value);
-    EXPECT_EQ(values, (QList<bool>{true, true, false}));
 }
 
 } // namespace

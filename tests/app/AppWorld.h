@@ -13,6 +13,7 @@
 #include <QDir>
 #include <QTemporaryDir>
 
+#include <algorithm>
 #include <gtest/gtest.h>
 
 namespace keldra::testing {
@@ -22,11 +23,12 @@ namespace keldra::testing {
 class AppWorld : public ::testing::Test {
 protected:
     static inline const Error diskFull{"POSIX", 28, "No space left on device", {}};
+    static inline const CaptureDeviceOption cameraA{"cam-a", "A"}, cameraB{"cam-b", "B"}, cameraC{"cam-c", "C"};
     static inline const CaptureSelection wholeDisplay = DisplaySelection{1, "Main"};
     static inline const RecordingOutput take{QUrl("file:///take.mov"), true};
 
     AppWorld() {
-        devices->cameras.devices = {{"cam-a", "A"}, {"cam-b", "B"}};
+        devices->cameras.devices = {cameraA, cameraB};
         devices->cameras.defaultID = "cam-a";
         devices->microphones.devices = {{"mic-a", "A"}, {"mic-b", "B"}};
         devices->microphones.defaultID = "mic-b";
@@ -206,13 +208,10 @@ private:
         {"refuseNone", [this] { camera->refusals.clear(); }},
         {"choose-b", [this] { chooseCamera("cam-b"); }},
         {"choose-x", [this] { chooseCamera("cam-x"); }},
-        {"plug-b",
-         [this] {
-             connect({{"cam-b", "B"}});
-         }},
+        {"plug-b", [this] { connect({cameraB}); }},
         {"plug-ca",
          [this] {
-             connect({{"cam-c", "C"}, {"cam-a", "A"}});
+             connect({cameraC, cameraA});
          }},
         {"unplug", [this] { connect({}); }},
         // Windows and words.
@@ -224,17 +223,9 @@ private:
         {"holdCamera", [this] { hold(camera->answers); }},
         {"holdCountdown", [this] { hold(countdowns); }},
         {"holdStart", [this] { hold(recorder.answers); }},
-        {"holdAll",
-         [this] {
-             for (Answers* each : everyAnswer())
-                 hold(*each);
-         }},
+        {"holdAll", [this] { std::ranges::for_each(everyAnswer(), [this](Answers* each) { hold(*each); }); }},
         {"release", [this] { releaseAll(); }},
-        {"releaseOne",
-         [this] {
-             camera->answers.release();
-             time.settle();
-         }},
+        {"releaseOne", [this] { camera->answers.release(), time.settle(); }},
     };
 
     QCoro::Task<> countDown() {

@@ -79,14 +79,6 @@ TEST_F(RecordingRoad, OfADiskNearlyFullEndsWhereAStopEndsAndSaysSo) {
     EXPECT_EQ(model->elapsedSeconds(), 3);
 }
 
-TEST_F(RecordingRoad, FailsWithWordsWhereNoFrameCame) {
-    makeRecording();
-    press();
-    EXPECT_EQ(states, (QList<RecordingState>{countdown, recording, stopping, failed}));
-    EXPECT_EQ(model->errorMessage(), "Could not prepare the capture stream.");
-    EXPECT_EQ(model->currentSelection(), wholeDisplay);
-}
-
 TEST_F(RecordingRoad, AFolderThatVanishesIsToldAndUsedAgainWhenItIsBack) {
     const std::string gone = systemError(ENOENT, writer->path).message;
     makeRecording();
@@ -113,19 +105,6 @@ TEST_F(RecordingRoad, AFolderThatVanishesIsToldAndUsedAgainWhenItIsBack) {
     press();
     EXPECT_EQ(model->recordingState(), idle);
     EXPECT_EQ(model->lastSavedURL().toLocalFile().toStdString(), writer->path);
-}
-
-TEST_F(RecordingRoad, AStreamThatDiesEndsTheRecording) {
-    makeRecording();
-    deliverFrame();
-    stream->die(diskFull);
-    time.settle();
-    EXPECT_EQ(states, (QList<RecordingState>{countdown, recording, failed}));
-    EXPECT_EQ(notices, QStringList{"No space left on device"});
-    model->setErrorMessage({});
-    stream->stops = 0;
-    press();
-    EXPECT_EQ(model->recordingState(), recording) << "another try is free";
 }
 
 } // namespace

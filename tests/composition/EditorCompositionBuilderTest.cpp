@@ -1,6 +1,7 @@
 #include "composition/EditorCompositionBuilder.h"
 
 #include "composition/EditorCompositorInstruction.h"
+#include "composition/Tasks.h"
 #include "composition/TimelineIntervals.h"
 #include "composition/ToldAssets.h"
 #include "doubles/Clips.h"
@@ -17,7 +18,6 @@ using test::id;
 
 using testing::audioTrack;
 using testing::finish;
-using testing::ManualMain;
 using testing::SteppedClock;
 using testing::ToldAssets;
 using testing::videoTrack;
@@ -36,17 +36,12 @@ protected:
     }
 
     EditorSegment& addClip(int number, double start, double duration, qint64 row = 0, double sourceStart = 0) {
-        EditorSegment clip;
-        clip.id = id(number);
-        clip.timelineStart = start;
-        clip.duration = duration;
-        clip.trackIndex = row;
-        clip.sourceStart = sourceStart;
-        project.segments.append(clip);
+        project.segments.append(test::clip(number, start, duration, row));
+        project.segments.last().sourceStart = sourceStart;
         return project.segments.last();
     }
     EditorCompositionBuilder builder() { return {files.loader(), MainTurn(main, clock)}; }
-    Result<EditorCompositionOutput> build() { return *finish(builder().build(project), main); }
+    Result<EditorCompositionOutput> build() { return finish(builder().build(project), main); }
     static const EditorCompositorInstruction& instruction(const VideoComposition& video, std::size_t at) {
         return dynamic_cast<const EditorCompositorInstruction&>(*video.instructions.at(at));
     }
@@ -60,7 +55,7 @@ protected:
         return tracks;
     }
 
-    ManualMain main;
+    PumpedExecutor main;
     std::shared_ptr<SteppedClock> clock = std::make_shared<SteppedClock>();
     ToldAssets files{main};
     EditorProject project;
@@ -154,15 +149,12 @@ TEST_F(BuilderTest, ALongBuildGivesTheMainLoopItsTurns) {
     const auto unbroken = build().value();
     // Every look at the clock takes a millisecond: four clips or instructions a turn.
     clock->step = 1000;
-    std::optional<Result<EditorCompositionOutput>> answer;
-    const QCoro::Task<> task = testing::keep(builder().build(project), answer);
-    int turns = 1;
-    while (main.runOne())
-        turns += 1;
+    int turns = 0;
+    const auto answer = finish(builder().build(project), main, &turns);
     EXPECT_GE(turns, 200 / 4);
-    ASSERT_TRUE(answer && *answer);
-    EXPECT_EQ((*answer)->videoTrackIDsBySegment, unbroken.videoTrackIDsBySegment);
-    EXPECT_EQ((*answer)->videoComposition->instructions.size(), 100u);
+    ASSERT_TRUE(answer);
+    EXPECT_EQ(answer->videoTrackIDsBySegment, unbroken.videoTrackIDsBySegment);
+    EXPECT_EQ(answer->videoComposition->instructions.size(), 100u);
     EXPECT_EQ(files.openCount["/a.mov"], 2) << "once a build";
 }
 
@@ -290,7 +282,7 @@ TEST_F(BuilderTest, ARefreshIsWhatABuildWouldGive) {
     project.zoomBlocks = QList<ZoomBlock>{{id(7), 0, 3, 2, {}, 0.2}};
     files.openCount.clear();
     const auto refreshed =
-        *finish(builder().refreshVideoComposition(project, output.composition, output.videoTrackIDsBySegment), main);
+        finish(builder().refreshVideoComposition(project, output.composition, output.videoTrackIDsBySegment), main);
     const VideoComposition rebuilt = *build().value().videoComposition;
     ASSERT_TRUE(refreshed);
     EXPECT_EQ(refreshed->renderWidth, 1080);
@@ -302,7 +294,7 @@ TEST_F(BuilderTest, ARefreshIsWhatABuildWouldGive) {
     }
     // A clip whose track is not there is left out.
     const auto without =
-        *finish(builder().refreshVideoComposition(project, output.composition, {{id(1), 1}, {id(2), 9}}), main);
+        finish(builder().refreshVideoComposition(project, output.composition, {{id(1), 1}, {id(2), 9}}), main);
     EXPECT_EQ(layerTracks(*without, 0), std::vector<int>{1});
     EXPECT_EQ(layerTracks(*without, 1), std::vector<int>{});
 }
@@ -312,19 +304,7 @@ TEST_F(BuilderTest, TheBuilderMayGoWhileItsBuildWaits) {
     auto gone = std::make_unique<EditorCompositionBuilder>(builder());
     QCoro::Task<Result<EditorCompositionOutput>> task = gone->build(project);
     gone.reset();
-    EXPECT_TRUE(finish(std::move(task), main)->has_value());
-}
-
-TEST(SourceFacts, ComeFromTheFirstVideoTrack) {
-    const AssetPtr asset = Asset::withTracks(
-        "/a.mov", MediaTime(5, 2),
-        {audioTrack(0, 0, 2), videoTrack(1, 0, 2, {640, 360}, {0, 1, -1, 0, 360, 0}), videoTrack(2, 0, 2, {20, 20})});
-    const SourceFacts facts = sourceFacts(*asset);
-    EXPECT_EQ(facts.durationSeconds, 2.5);
-    EXPECT_EQ(facts.video->nominalFrameRate, 30);
-    const EditorProject project = makeFreshProject(QUrl("file:///a.mov"), false, facts, QDateTime::currentDateTime());
-    EXPECT_EQ(QSizeF(project.canvasWidth, project.canvasHeight), QSizeF(360, 640));
-    EXPECT_FALSE(sourceFacts(*Asset::withTracks("/a.wav", MediaTime(1, 1), {audioTrack(0, 0, 1)})).video);
+    EXPECT_TRUE(finish(std::move(task), main).has_value());
 }
 
 } // namespace

@@ -1,6 +1,8 @@
 #include "composition/EditorExporter.h"
 
+#include "composition/Tasks.h"
 #include "composition/ToldAssets.h"
+#include "doubles/VirtualTime.h"
 
 #include <QFile>
 #include <QTemporaryDir>
@@ -11,8 +13,7 @@
 namespace keldra {
 namespace {
 
-using testing::ManualMain;
-using testing::ManualScheduler;
+using namespace std::chrono_literals;
 using testing::ToldAssets;
 using testing::videoTrack;
 using Status = ExportSession::Status;
@@ -59,8 +60,9 @@ protected:
         QFile file(path);
         EXPECT_TRUE(file.open(QIODevice::WriteOnly));
         exporter = std::make_unique<EditorExporter>(
-            EditorCompositionBuilder(files.loader(), MainTurn(main, std::make_shared<testing::SteppedClock>())), main,
-            scheduler, [this](const EditorCompositionOutput&) -> std::unique_ptr<ExportJob> {
+            EditorCompositionBuilder(files.loader(), MainTurn(time.mainQueue(), time.clock())), time.mainQueue(),
+            std::shared_ptr<Scheduler>(std::shared_ptr<void>(), &time.scheduler()),
+            [this](const EditorCompositionOutput&) -> std::unique_ptr<ExportJob> {
                 return isAvailable ? std::make_unique<ScriptedJob>(job) : nullptr;
             });
     }
@@ -72,16 +74,15 @@ protected:
     /// Ends the job as its queue would, through main.
     void end(Status status, Result<void> result) {
         job.status = status;
-        main.post([this, result] { job.done(result); });
-        main.run();
+        time.mainQueue().post([this, result] { job.done(result); });
+        time.settle();
     }
     std::string message() const { return answer && !*answer ? answer->error().message : "no failure"; }
 
     QTemporaryDir folder;
     QString path;
-    ManualMain main;
-    std::shared_ptr<ManualScheduler> scheduler = std::make_shared<ManualScheduler>();
-    ToldAssets files{main};
+    VirtualTime time;
+    ToldAssets files{time.mainQueue()};
     EditorProject project;
     bool isAvailable = true;
     JobState job;
@@ -94,23 +95,25 @@ protected:
 TEST_F(ExporterTest, ReportsWhileItRunsAndTheWholeOnceAtTheEnd) {
     begin();
     EXPECT_TRUE(QFile::exists(path)) << "nothing is touched while the project is built";
-    main.run();
+    time.settle();
     EXPECT_EQ(job.path, QFile::encodeName(path).toStdString());
     EXPECT_FALSE(job.fileWasThere);
-    EXPECT_EQ(scheduler->lastPeriod(), std::chrono::milliseconds(120));
     EXPECT_EQ(reports, std::vector<double>{0});
 
     job.status = Status::exporting;
     job.progress = 0.25f;
-    scheduler->tick();
+    time.advance(119ms);
+    EXPECT_EQ(reports, std::vector<double>{0});
+    time.advance(1ms);
     job.progress = 1;
-    scheduler->tick();
+    time.advance(120ms);
     EXPECT_EQ(reports, (std::vector<double>{0, 0.25}));
     end(Status::completed, {});
     EXPECT_TRUE(answer && answer->has_value());
     EXPECT_EQ(reports, (std::vector<double>{0, 0.25, 1}));
-    EXPECT_EQ(scheduler->tick(), 0) << "polling has ended";
     EXPECT_TRUE(job.isGone);
+    time.advance(1s);
+    EXPECT_EQ(reports.size(), 3u) << "polling has ended";
 }
 
 TEST_F(ExporterTest, EndsWithTheWordsOfWhatWentWrong) {
@@ -131,7 +134,7 @@ TEST_F(ExporterTest, EndsWithTheWordsOfWhatWentWrong) {
         answer.reset();
         reports.clear();
         begin();
-        main.run();
+        time.settle();
         end(row.status, row.result);
         EXPECT_EQ(message(), row.message);
         EXPECT_EQ(answer->error(), makeError(row.code, row.message));
@@ -142,7 +145,7 @@ TEST_F(ExporterTest, EndsWithTheWordsOfWhatWentWrong) {
 TEST_F(ExporterTest, ACancelReachesTheJob) {
     exporter->cancel();
     begin();
-    main.run();
+    time.settle();
     exporter->cancel();
     EXPECT_TRUE(job.isCancelled);
     EXPECT_FALSE(answer);
@@ -153,7 +156,7 @@ TEST_F(ExporterTest, ACancelReachesTheJob) {
 TEST_F(ExporterTest, ACancelDuringTheBuildEndsTheExportAndKeepsTheOldFile) {
     begin();
     exporter->cancel();
-    main.run();
+    time.settle();
     EXPECT_EQ(message(), "Export cancelled.");
     EXPECT_TRUE(job.path.empty());
     EXPECT_TRUE(QFile::exists(path));
@@ -162,11 +165,11 @@ TEST_F(ExporterTest, ACancelDuringTheBuildEndsTheExportAndKeepsTheOldFile) {
 TEST_F(ExporterTest, WhatCannotStartKeepsTheOldFile) {
     isAvailable = false;
     begin();
-    main.run();
+    time.settle();
     EXPECT_EQ(message(), "KELDRA could not create an MP4 exporter for this recording.");
     project.sourceURL = QUrl::fromLocalFile("/gone.mov");
     begin();
-    main.run();
+    time.settle();
     EXPECT_EQ(message(), systemError(2, "/gone.mov").message);
     EXPECT_TRUE(QFile::exists(path));
     EXPECT_TRUE(reports.empty());
@@ -177,11 +180,11 @@ TEST_F(ExporterTest, WhatCannotStartKeepsTheOldFile) {
 
 TEST_F(ExporterTest, AnExporterThatGoesCancelsAndFallsSilent) {
     begin();
-    main.run();
+    time.settle();
     exporter.reset();
     EXPECT_TRUE(job.isCancelled);
     job.progress = 0.5f;
-    scheduler->tick();
+    time.advance(1s);
     end(Status::cancelled, fail(Error{}));
     EXPECT_EQ(reports, std::vector<double>{0});
     EXPECT_EQ(message(), "Export cancelled.");

@@ -234,16 +234,6 @@ TEST(FrameComposer, ShadowsFallDownwardsAndFadeWithTheirClip) {
     EXPECT_EQ(pixelAt(round, 100, 145), (Pixel{150, 150, 214, 255}));
 }
 
-TEST(FrameComposer, ShadowsFallOnLowerLayers) {
-    EditorCompositorInstruction instruction = over({{2, place(20, 20), 1}, {1, QTransform(), 1}});
-    instruction.shadow = CanvasShadow{true, {0, 0, 0, 1}, 0.5, 0, 0.1};
-    const Sources sources{{1, flat(100, 100, white)}, {2, flat(20, 20, red)}};
-    const PixelBuffer frame = composed(instruction, sources, {100, 100});
-    EXPECT_EQ(pixelAt(frame, 30, 30), red);
-    EXPECT_EQ(pixelAt(frame, 30, 45), (Pixel{127, 127, 127, 255}));
-    EXPECT_EQ(pixelAt(frame, 30, 55), white);
-}
-
 TEST(FrameComposer, ADeepStackIsDrawnWithFewPicturesAtATime) {
     // Each layer leaves one column of the one below it to be seen; all shadows fall below the pictures.
     constexpr int depth = 30;

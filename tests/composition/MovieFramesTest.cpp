@@ -1,5 +1,5 @@
 #include "composition/EditorCompositionBuilder.h"
-#include "composition/ManualMain.h"
+#include "composition/Tasks.h"
 #include "composition/TimelineIntervals.h"
 #include "media/FrameGenerator.h"
 #include "media/TestMovies.h"
@@ -13,17 +13,16 @@ namespace {
 
 using namespace test;
 using testing::finish;
-using testing::ManualMain;
 using testing::SteppedClock;
 
 /// The project's frames, with files opened at once.
 Result<std::unique_ptr<FrameGenerator>> framesOf(const EditorProject& project) {
-    ManualMain main;
+    PumpedExecutor main;
     const AssetLoader open = [&main](const std::string& path, Completion<AssetPtr> done) {
         main.post([path, done] { done(Asset::open(path)); });
     };
     const EditorCompositionBuilder builder(open, MainTurn(main, std::make_shared<SteppedClock>()));
-    TRY_LET(const EditorCompositionOutput output, *finish(builder.build(project), main));
+    TRY_LET(const EditorCompositionOutput output, finish(builder.build(project), main));
     return std::make_unique<FrameGenerator>(output.composition, output.videoComposition.value());
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include "base/Executor.h"
 #include "composition/AssetCache.h"
-#include "composition/ManualMain.h"
 
 #include <QUrl>
 
@@ -34,7 +34,7 @@ inline AssetTrack audioTrack(int index, double start, double duration, int chann
 /// Files that exist only by what is told of them. Counts how often each is opened.
 class ToldAssets {
 public:
-    explicit ToldAssets(ManualMain& main) : m_main(main) {}
+    explicit ToldAssets(Executor& main) : m_main(main) {}
 
     void add(const std::string& path, std::vector<AssetTrack> tracks) {
         m_assets[path] = Asset::withTracks(path, MediaTime::zero(), std::move(tracks));
@@ -52,7 +52,7 @@ public:
     std::map<std::string, int> openCount;
 
 private:
-    ManualMain& m_main;
+    Executor& m_main;
     std::map<std::string, AssetPtr> m_assets;
 };
 

@@ -1,13 +1,16 @@
 #pragma once
 
 #include "base/Executor.h"
+#include "base/Result.h"
 
 #include <cassert>
 #include <chrono>
 #include <condition_variable>
 #include <deque>
+#include <gtest/gtest.h>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -68,6 +71,16 @@ public:
             work();
             guard.lock();
         }
+    }
+
+    /// What `begin`, given a completion, is answered. Nothing answers before the call returns.
+    template <typename T, typename Begin>
+    Result<T> answerOf(Begin begin) {
+        std::optional<Result<T>> answer;
+        begin(Completion<T>([&](Result<T> result) { answer = std::move(result); }));
+        EXPECT_FALSE(answer) << "never before the call returns";
+        EXPECT_TRUE(pumpUntil([&] { return answer.has_value(); }));
+        return answer.value_or(fail(Error{}));
     }
 
 private:

@@ -138,14 +138,13 @@ TEST(ToggleTrackMute, StoresAllRowsAndRestoresTheMissingList) {
 /// One random edit, or nothing when it would change nothing.
 std::optional<EditorCommand> randomEdit(const EditorProject& project, RandomProject& random) {
     EditorProject after = project;
-    switch (random.whole(0, 7)) {
+    switch (random.below(8)) {
     case 0:
         return splitSegmentCommand(project, random.real(0, 200));
     case 1:
         return project.segments.isEmpty()
                    ? std::nullopt
-                   : deleteSegmentsCommand(project,
-                                           {project.segments[random.whole(0, int(project.segments.size()) - 1)].id});
+                   : deleteSegmentsCommand(project, {project.segments[random.below(int(project.segments.size()))].id});
     case 2:
         after.segments.append(random.segment());
         return moveSegmentCommand(project, after);
@@ -177,7 +176,7 @@ TEST(EditorHistory, UndoAndRedoWalkThroughTheSameValues) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     RandomProject random(seed);
     for (int round = 0; round < 20; ++round) {
-        EditorProject project = random.make(random.whole(0, 30));
+        EditorProject project = random.make(random.below(31));
         EditorCommandManager history;
         // updatedAt counts the steps, so that whole values can be compared.
         QList<EditorProject> states = {project};

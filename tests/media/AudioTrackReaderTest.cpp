@@ -184,14 +184,12 @@ TEST(AudioTrackReader, ConvertsAStreamThatChangesItsFormHalfWay) {
 
 TEST(AudioTrackReader, MixesToSixteenBitMono) {
     const TemporaryFolder folder;
-    for (const auto& [channels, arguments] : std::vector<std::pair<int, std::string>>{{1, "-c:a pcm_s16le"},
-                                                                                      {2, "-c:a pcm_s16le"},
-                                                                                      {1, "-c:a pcm_f32le"},
-                                                                                      {2, "-c:a pcm_f32le"},
-                                                                                      {2, "-c:a pcm_s24le"}}) {
+    using Row = std::pair<int, std::string>;
+    for (const auto& [channels, codec] :
+         {Row{1, "pcm_s16le"}, {2, "pcm_s16le"}, {1, "pcm_f32le"}, {2, "pcm_f32le"}, {2, "pcm_s24le"}}) {
         const TestSound sung = glidingTones(0.5, 48000, channels);
         writeWav(folder / "sung.wav", sung);
-        runFfmpeg("-i '" + (folder / "sung.wav") + "' " + arguments + " '" + (folder / "a.wav") + "'");
+        runFfmpeg("-i '" + (folder / "sung.wav") + "' -c:a " + codec + " '" + (folder / "a.wav") + "'");
         const auto reader = openSound(folder / "a.wav", {SampleKind::int16, true});
         ASSERT_TRUE(reader);
         EXPECT_EQ(reader->format(), (AudioFormat{SampleKind::int16, 48000, 1}));
@@ -199,7 +197,7 @@ TEST(AudioTrackReader, MixesToSixteenBitMono) {
         while (const auto buffer = *reader->next())
             for (std::int64_t i = 0; i < buffer->frameCount(); ++i, ++n) {
                 const float mean = channels == 1 ? sung.at(n) : (sung.at(n, 0) + sung.at(n, 1)) / 2;
-                ASSERT_NEAR(buffer->samples<std::int16_t>()[i], mean * 32768, 2) << arguments << " " << n;
+                ASSERT_NEAR(buffer->samples<std::int16_t>()[i], mean * 32768, 2) << codec << " " << n;
             }
         EXPECT_EQ(n, sung.frameCount());
     }

@@ -22,9 +22,7 @@ class CompositionTest : public testing::Test {
 protected:
     void SetUp() override {
         ASSERT_TRUE(recordTake(folder / "take.mov", MediaTime::zero(), {MediaTime::zero()}, MediaTime(4, 1)));
-        const auto opened = Asset::open(folder / "take.mov");
-        ASSERT_TRUE(opened);
-        asset = *opened;
+        asset = Asset::open(folder / "take.mov").value();
     }
 
     TemporaryFolder folder;
@@ -88,62 +86,48 @@ TEST_F(CompositionTest, PlacesPiecesThatDoNotOverlapAndFindsThemAgain) {
 TEST_F(CompositionTest, FindsEveryFaultOfAVideoComposition) {
     ASSERT_TRUE(composition.addTrack(MediaKind::video).insertTimeRange(span(0, 4), asset, 0, seconds(0)));
     composition.addTrack(MediaKind::audio);
-    VideoComposition good;
-    good.renderWidth = 128;
-    good.renderHeight = 64;
-    good.frameDuration = MediaTime(1, 60);
+    VideoComposition good = copying({}, seconds(4), MediaTime(1, 60));
     good.instructions = {showing({1}, seconds(0), seconds(1.5)), showing({}, seconds(1.5), seconds(4))};
 
-    const auto with = [&good](const std::function<void(VideoComposition&)>& change) {
-        VideoComposition changed = good;
-        change(changed);
-        return changed;
+    const std::string noSize = "invalid value for key 'renderSize'";
+    const std::string noRate = "invalid value for key 'frameDuration'";
+    struct Stretch {
+        std::vector<std::int32_t> tracks;
+        double start, end;
     };
     struct Row {
         const char* name;
-        VideoComposition video;
+        std::vector<Stretch> stretches;
         std::vector<std::string> faults;
     };
     const Row rows[] = {
-        {"good", good, {}},
-        {"no width", with([](auto& video) { video.renderWidth = 0; }), {"invalid value for key 'renderSize'"}},
-        {"no rate",
-         with([](auto& video) { video.frameDuration = MediaTime::zero(); }),
-         {"invalid value for key 'frameDuration'"}},
-        {"indefinite rate",
-         with([](auto& video) { video.frameDuration = MediaTime::indefinite(); }),
-         {"invalid value for key 'frameDuration'"}},
-        {"nothing",
-         with([](auto& video) { video.instructions.clear(); }),
-         {"invalid instruction range 0.000000...4.000000"}},
-        {"late start",
-         with([](auto& video) { video.instructions[0] = showing({1}, seconds(0.5), seconds(1.5)); }),
-         {"invalid instruction range 0.500000...1.500000"}},
-        {"hole",
-         with([](auto& video) { video.instructions[1] = showing({}, seconds(2), seconds(4)); }),
-         {"invalid instruction range 2.000000...4.000000"}},
-        {"overlap",
-         with([](auto& video) { video.instructions[1] = showing({}, seconds(1), seconds(4)); }),
-         {"invalid instruction range 1.000000...4.000000"}},
-        {"early end",
-         with([](auto& video) { video.instructions[1] = showing({}, seconds(1.5), seconds(3)); }),
-         {"invalid instruction range 3.000000...4.000000"}},
-        {"late end",
-         with([](auto& video) { video.instructions[1] = showing({}, seconds(1.5), seconds(4.25)); }),
-         {"invalid instruction range 1.500000...4.250000"}},
-        {"empty stretch",
-         with([](auto& video) {
-             video.instructions.insert(video.instructions.begin() + 1, showing({}, seconds(1.5), seconds(1.5)));
-         }),
-         {"empty range 1.500000...1.500000"}},
+        {"good", {{{1}, 0, 1.5}, {{}, 1.5, 4}}, {}},
+        {"nothing", {}, {"invalid instruction range 0.000000...4.000000"}},
+        {"late start", {{{1}, 0.5, 1.5}, {{}, 1.5, 4}}, {"invalid instruction range 0.500000...1.500000"}},
+        {"hole", {{{1}, 0, 1.5}, {{}, 2, 4}}, {"invalid instruction range 2.000000...4.000000"}},
+        {"overlap", {{{1}, 0, 1.5}, {{}, 1, 4}}, {"invalid instruction range 1.000000...4.000000"}},
+        {"early end", {{{1}, 0, 1.5}, {{}, 1.5, 3}}, {"invalid instruction range 3.000000...4.000000"}},
+        {"late end", {{{1}, 0, 1.5}, {{}, 1.5, 4.25}}, {"invalid instruction range 1.500000...4.250000"}},
+        {"empty stretch", {{{1}, 0, 1.5}, {{}, 1.5, 1.5}, {{}, 1.5, 4}}, {"empty range 1.500000...1.500000"}},
         {"unknown and silent tracks",
-         with([](auto& video) {
-             video.instructions[1] = showing({7, 1, 2}, seconds(1.5), seconds(4));
-         }),
+         {{{1}, 0, 1.5}, {{7, 1, 2}, 1.5, 4}},
          {"invalid track ID 7 in 1.500000...4.000000", "invalid track ID 2 in 1.500000...4.000000"}},
     };
-    for (const Row& row : rows)
-        EXPECT_EQ(findFaults(row.video, composition), row.faults) << row.name;
+    for (const Row& row : rows) {
+        VideoComposition video = good;
+        video.instructions.clear();
+        for (const Stretch& each : row.stretches)
+            video.instructions.push_back(showing(each.tracks, seconds(each.start), seconds(each.end)));
+        EXPECT_EQ(findFaults(video, composition), row.faults) << row.name;
+    }
+    VideoComposition thin = good;
+    thin.renderWidth = 0;
+    EXPECT_EQ(findFaults(thin, composition), std::vector{noSize});
+    for (const MediaTime rate : {MediaTime::zero(), MediaTime::indefinite()}) {
+        VideoComposition still = good;
+        still.frameDuration = rate;
+        EXPECT_EQ(findFaults(still, composition), std::vector{noRate});
+    }
 
     EXPECT_EQ(good.instructionAt(seconds(0)), good.instructions[0]);
     EXPECT_EQ(good.instructionAt(seconds(1.5)), good.instructions[1]);

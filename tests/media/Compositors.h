@@ -2,6 +2,7 @@
 
 #include "base/SerialQueue.h"
 #include "media/FrameRequest.h"
+#include "media/TestMovies.h"
 #include "media/VideoComposition.h"
 
 #include <algorithm>
@@ -67,6 +68,17 @@ inline std::shared_ptr<VideoInstruction> showing(std::vector<std::int32_t> track
     instruction->timeRange = {start, end - start};
     instruction->requiredSourceTrackIDs = std::move(trackIDs);
     return instruction;
+}
+
+/// Shows the tracks' pictures in their own size from zero on.
+inline VideoComposition copying(std::vector<std::int32_t> trackIDs, MediaTime end, MediaTime frameDuration) {
+    VideoComposition video;
+    video.renderWidth = pictureWidth;
+    video.renderHeight = pictureHeight;
+    video.frameDuration = frameDuration;
+    video.instructions = {showing(std::move(trackIDs), MediaTime::zero(), end)};
+    video.makeCompositor = [] { return std::make_unique<CopyingCompositor>(); };
+    return video;
 }
 
 } // namespace keldra::test

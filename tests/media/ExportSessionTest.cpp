@@ -1,10 +1,7 @@
 #include "media/ExportSession.h"
 
-#include "Compositors.h"
-#include "TestMovies.h"
-#include "TestSound.h"
+#include "ExportFixture.h"
 #include "media/FrameGenerator.h"
-#include "media/MediaError.h"
 
 #include <csignal>
 #include <random>
@@ -25,53 +22,30 @@ std::vector<MediaTime> takeWithAHole() {
     return times;
 }
 
-class ExportSessionTest : public testing::Test {
+class ExportSessionTest : public ExportFixture {
 protected:
     void SetUp() override {
         const auto recorded = recordTake(folder / "take.mov", MediaTime::zero(), takeWithAHole(), MediaTime(2, 1));
         ASSERT_TRUE(recorded) << recorded.error().message;
-        const auto opened = Asset::open(folder / "take.mov");
-        ASSERT_TRUE(opened);
-        asset = *opened;
+        asset = Asset::open(folder / "take.mov").value();
     }
-
-    /// The whole take on one track.
-    void placeWhole() { place({MediaTime::zero(), MediaTime(2, 1)}, MediaTime::zero()); }
 
     void place(const MediaTimeRange& source, MediaTime at) {
         if (composition->tracks().empty())
             composition->addTrack(MediaKind::video);
-        const auto placed = composition->tracks().front()->insertTimeRange(source, asset, 0, at);
-        ASSERT_TRUE(placed) << placed.error().message;
+        ExportFixture::place(*composition->tracks().front(), asset, source, at);
     }
+    /// The whole take on one track.
+    void placeWhole() { place({MediaTime::zero(), MediaTime(2, 1)}, MediaTime::zero()); }
 
     VideoComposition videoAt(MediaTime frameDuration) const {
-        VideoComposition video;
-        video.renderWidth = pictureWidth;
-        video.renderHeight = pictureHeight;
-        video.frameDuration = frameDuration;
-        video.instructions = {showing({1}, MediaTime::zero(), composition->duration())};
-        video.makeCompositor = [] { return std::make_unique<CopyingCompositor>(); };
-        return video;
+        return copying({1}, composition->duration(), frameDuration);
     }
-
     VideoComposition scripted(ScriptedCompositor::Script script) const {
         VideoComposition video = videoAt(MediaTime(1, 60));
         video.makeCompositor = [script] { return std::make_unique<ScriptedCompositor>(script); };
         return video;
     }
-
-    Result<void> waitForEnd() {
-        auto future = ended.get_future();
-        if (future.wait_for(60s) != std::future_status::ready)
-            return fail(Error{"test", 3, "The export did not end.", {}});
-        return future.get();
-    }
-
-    void start(ExportSession& session) {
-        session.start(target, answer, [this](Result<void> result) { ended.set_value(std::move(result)); });
-    }
-
     std::vector<int> exportedNumbers() {
         std::vector<int> numbers;
         for (const ShownPicture& picture : picturesIn(target))
@@ -79,24 +53,12 @@ protected:
         return numbers;
     }
 
-    TemporaryFolder folder;
-    std::string target = folder / "out.mp4";
     AssetPtr asset;
-    std::shared_ptr<Composition> composition = std::make_shared<Composition>();
-    SerialQueue answer{"test.answer"};
-    std::promise<Result<void>> ended;
 };
 
 TEST_F(ExportSessionTest, GivesEveryFrameItsPictureAtAConstantRate) {
     placeWhole();
-    ExportSession session(composition, videoAt(MediaTime(1, 30)));
-    EXPECT_EQ(session.status(), ExportSession::Status::unknown);
-    start(session);
-    const auto result = waitForEnd();
-    ASSERT_TRUE(result) << result.error().message;
-    EXPECT_EQ(session.status(), ExportSession::Status::completed);
-    EXPECT_EQ(session.progress(), 1.0f);
-
+    ASSERT_EQ(failureOf(videoAt(MediaTime(1, 30))), "");
     std::vector<ShownPicture> expected;
     for (int i = 0; i < 60; ++i)
         expected.push_back({i < 30 ? 2 * i : i < 45 ? 59 : 60, MediaTime(i, 30)});
@@ -113,7 +75,7 @@ TEST_F(ExportSessionTest, ReadsADeepStackAsItsCompositorComesToIt) {
     std::vector<std::int32_t> tracks;
     for (int at = 0; at < depth; ++at) {
         CompositionTrack& track = composition->addTrack(MediaKind::video);
-        ASSERT_TRUE(track.insertTimeRange({MediaTime(at, 60), MediaTime(1, 10)}, asset, 0, MediaTime::zero()));
+        ExportFixture::place(track, asset, {MediaTime(at, 60), MediaTime(1, 10)});
         tracks.push_back(track.trackID());
     }
     std::atomic<bool> isVanishing = false;
@@ -128,22 +90,12 @@ TEST_F(ExportSessionTest, ReadsADeepStackAsItsCompositorComesToIt) {
         request->finish(paintedPicture(number));
     });
     video.instructions = {showing(tracks, MediaTime::zero(), composition->duration())};
-    {
-        ExportSession session(composition, video);
-        start(session);
-        const auto result = waitForEnd();
-        ASSERT_TRUE(result) << result.error().message;
-    }
+    ASSERT_EQ(failureOf(video), "");
     EXPECT_EQ(exportedNumbers(), (std::vector<int>{0, 1, 2, 3, 4, 5}));
 
     std::filesystem::remove(target);
     isVanishing = true;
-    ended = {};
-    ExportSession session(composition, video);
-    start(session);
-    const auto result = waitForEnd();
-    ASSERT_FALSE(result);
-    EXPECT_EQ(result.error().message, "take.mov: No such file or directory");
+    EXPECT_EQ(failureOf(video), "take.mov: No such file or directory");
     EXPECT_EQ(folder.names(), std::vector<std::string>());
 }
 
@@ -156,10 +108,7 @@ TEST_F(ExportSessionTest, FollowsCutsGapsAndRepeatsAndRoundsTheLengthUp) {
     video.instructions = {showing({1}, MediaTime::zero(), MediaTime(1, 2)),
                           showing({}, MediaTime(1, 2), MediaTime(1, 1)),
                           showing({1}, MediaTime(1, 1), composition->duration())};
-    ExportSession session(composition, video);
-    start(session);
-    const auto result = waitForEnd();
-    ASSERT_TRUE(result) << result.error().message;
+    ASSERT_EQ(failureOf(video), "");
     const std::vector<int> expected{30, 33, 36, 39, 42, 30, 33, 36, 39, 42, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 3, 6};
     EXPECT_EQ(exportedNumbers(), expected);
 
@@ -177,18 +126,16 @@ TEST_F(ExportSessionTest, PutsFramesIntoOrderWhateverOrderTheyComeIn) {
     // Answers in pairs, the later one first; requests of one stretch without change are not even made.
     auto held = std::make_shared<std::vector<std::shared_ptr<FrameRequest>>>();
     auto asked = std::make_shared<std::atomic<int>>(0);
-    ExportSession session(composition, scripted([held, asked](int, std::shared_ptr<FrameRequest> request) {
-                              *asked += 1;
-                              held->push_back(std::move(request));
-                              if (held->size() < 2 && *asked < 61)
-                                  return;
-                              for (auto it = held->rbegin(); it != held->rend(); ++it)
-                                  (*it)->finish((*it)->sourceFrame(1));
-                              held->clear();
-                          }));
-    start(session);
-    const auto result = waitForEnd();
-    ASSERT_TRUE(result) << result.error().message;
+    const auto inPairs = [held, asked](int, std::shared_ptr<FrameRequest> request) {
+        *asked += 1;
+        held->push_back(std::move(request));
+        if (held->size() < 2 && *asked < 61)
+            return;
+        for (auto it = held->rbegin(); it != held->rend(); ++it)
+            (*it)->finish((*it)->sourceFrame(1));
+        held->clear();
+    };
+    ASSERT_EQ(failureOf(scripted(inPairs)), "");
     std::vector<int> expected;
     for (int i = 0; i < 120; ++i)
         expected.push_back(i < 60 ? i : i < 90 ? 59 : 60);
@@ -206,84 +153,40 @@ TEST_F(ExportSessionTest, AsksForEveryFrameWhereThePictureChangesByItself) {
     const auto tweening = showing({1}, MediaTime::zero(), composition->duration());
     tweening->containsTweening = true;
     video.instructions = {tweening};
-    ExportSession session(composition, video);
-    start(session);
-    ASSERT_TRUE(waitForEnd());
+    ASSERT_EQ(failureOf(video), "");
     EXPECT_EQ(*asked, 120);
-}
-
-struct FailureRow {
-    const char* name;
-    ScriptedCompositor::Script script;
-    std::string message;
-};
-const std::vector<FailureRow>& failures() {
-    static const std::vector<FailureRow> rows{
-        {"an error of the compositor",
-         [](int number, const std::shared_ptr<FrameRequest>& request) {
-             if (number == 20)
-                 request->finish(Error{"test", 9, "It broke.", {}});
-             else
-                 request->finish(request->sourceFrame(1));
-         },
-         "It broke."},
-        {"a request that is dropped",
-         [](int number, const std::shared_ptr<FrameRequest>& request) {
-             if (number < 20)
-                 request->finish(request->sourceFrame(1));
-         },
-         "A frame could not be composed."},
-        {"a frame of another size",
-         [](int number, const std::shared_ptr<FrameRequest>& request) {
-             request->finish(number < 20 ? request->sourceFrame(1) : PixelBuffer::allocate(PixelFormat::bgra, 10, 10));
-         },
-         "A composed frame has another size than the export."},
-    };
-    return rows;
 }
 
 TEST_F(ExportSessionTest, FailsWithTheReasonAndLeavesNoFile) {
     placeWhole();
-    for (const FailureRow& row : failures()) {
-        SCOPED_TRACE(row.name);
-        ended = {};
-        ExportSession session(composition, scripted(row.script));
-        start(session);
-        const auto result = waitForEnd();
-        ASSERT_FALSE(result);
-        EXPECT_EQ(result.error().message, row.message);
-        EXPECT_EQ(session.status(), ExportSession::Status::failed);
+    // From the twentieth frame on the compositor answers with something else, or not at all.
+    using Answer = std::function<void(FrameRequest&)>;
+    const std::pair<Answer, std::string> rows[] = {
+        {[](FrameRequest& request) {
+             request.finish(Error{"test", 9, "It broke.", {}});
+         },
+         "It broke."},
+        {[](FrameRequest&) {}, "A frame could not be composed."},
+        {[](FrameRequest& request) { request.finish(PixelBuffer::allocate(PixelFormat::bgra, 10, 10)); },
+         "A composed frame has another size than the export."},
+    };
+    for (const auto& [answerOtherwise, message] : rows) {
+        const auto script = [answer = answerOtherwise](int number, const std::shared_ptr<FrameRequest>& request) {
+            number < 20 ? request->finish(request->sourceFrame(1)) : answer(*request);
+        };
+        EXPECT_EQ(failureOf(scripted(script)), message);
         EXPECT_FALSE(std::filesystem::exists(target));
     }
-}
-
-TEST_F(ExportSessionTest, RefusesWhatCannotBeExported) {
-    placeWhole();
+    EXPECT_EQ(failureOf(std::nullopt), "There is no picture and no sound to export.");
     VideoComposition hole = videoAt(MediaTime(1, 30));
     hole.instructions = {showing({1}, MediaTime::zero(), MediaTime(1, 1))};
-    const std::vector<std::pair<std::optional<VideoComposition>, std::string>> rows{
-        {std::nullopt, "There is no picture and no sound to export."},
-        {hole, "The video timeline cannot be exported."},
-    };
-    for (const auto& [video, words] : rows) {
-        ended = {};
-        ExportSession session(composition, video);
-        start(session);
-        const auto result = waitForEnd();
-        ASSERT_FALSE(result);
-        EXPECT_EQ(result.error().message, words);
-        EXPECT_EQ(session.status(), ExportSession::Status::failed);
-    }
+    EXPECT_EQ(failureOf(hole), "The video timeline cannot be exported.");
 }
 
 TEST_F(ExportSessionTest, NeverTouchesAFileThatExists) {
     placeWhole();
     writeBytes(target, {'m', 'i', 'n', 'e'});
-    ExportSession session(composition, videoAt(MediaTime(1, 30)));
-    start(session);
-    const auto result = waitForEnd();
-    ASSERT_FALSE(result);
-    EXPECT_EQ(result.error().message, "out.mp4: File exists");
+    EXPECT_EQ(failureOf(videoAt(MediaTime(1, 30))), "out.mp4: File exists");
     EXPECT_EQ(bytesOf(target), (std::vector<char>{'m', 'i', 'n', 'e'}));
 }
 
@@ -291,17 +194,14 @@ TEST_F(ExportSessionTest, LeavesNothingBehindWhereverItIsCancelled) {
     placeWhole();
     for (const int frame : {0, 1, 20, 60}) {
         SCOPED_TRACE(frame);
-        ended = {};
         std::promise<void> reached;
-        ExportSession session(composition, scripted([&reached, frame](int number, const auto& request) {
+        std::vector<std::shared_ptr<FrameRequest>> unanswered;
+        // From the frame on nothing is answered any more: the cancel must end all waiting.
+        ExportSession session(composition, scripted([&](int number, const auto& request) {
                                   if (number == frame)
                                       reached.set_value();
-                                  // From there on nothing is answered any more: the cancel must end all waiting.
-                                  static thread_local std::vector<std::shared_ptr<FrameRequest>> unanswered;
-                                  if (number >= frame)
-                                      unanswered.push_back(request);
-                                  else
-                                      request->finish(request->sourceFrame(1));
+                                  number < frame ? request->finish(request->sourceFrame(1))
+                                                 : unanswered.push_back(request);
                               }));
         start(session);
         ASSERT_EQ(reached.get_future().wait_for(60s), std::future_status::ready);
@@ -318,14 +218,12 @@ TEST_F(ExportSessionTest, EndsAtAnyMomentWithNoThreadAndNoPartLeft) {
     placeWhole();
     writeWav(folder / "clicks.wav", clicks(2, {4800}, 48000, 2));
     const AssetPtr sound = Asset::open(folder / "clicks.wav").value();
-    ASSERT_TRUE(composition->addTrack(MediaKind::audio)
-                    .insertTimeRange({MediaTime::zero(), MediaTime(2, 1)}, sound, 0, MediaTime::zero()));
+    ExportFixture::place(composition->addTrack(MediaKind::audio), sound, {MediaTime::zero(), MediaTime(2, 1)});
     const auto threadCount = [] { return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}); };
     const auto before = threadCount();
     std::mt19937 random(5);
     for (int turn = 0; turn < 24; ++turn) {
         SCOPED_TRACE(turn);
-        ended = {};
         std::promise<void> reached;
         const int frame = std::uniform_int_distribution(0, 60)(random);
         std::optional<ExportSession> session;
@@ -358,14 +256,10 @@ TEST_F(ExportSessionTest, TellsAFullDiskInTheSystemsWords) {
     rlimit small = old;
     small.rlim_cur = 4096;
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &small), 0);
-    ExportSession session(composition, videoAt(MediaTime(1, 60)));
-    start(session);
-    const auto result = waitForEnd();
+    const std::string failure = failureOf(videoAt(MediaTime(1, 60)));
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &old), 0);
     std::signal(SIGXFSZ, previous);
-    ASSERT_FALSE(result);
-    EXPECT_EQ(result.error().message, "out.mp4: File too large");
-    EXPECT_EQ(result.error().domain, "POSIX");
+    EXPECT_EQ(failure, "out.mp4: File too large");
     EXPECT_FALSE(std::filesystem::exists(target));
 }
 

@@ -1,58 +1,28 @@
 // What an export writes when a composition sounds.
 
-#include "Compositors.h"
-#include "TestSound.h"
-#include "media/ExportSession.h"
+#include "ExportFixture.h"
 
 namespace keldra {
 namespace {
 
 using namespace test;
-using namespace std::chrono_literals;
 
-class ExportSoundTest : public testing::Test {
+class ExportSoundTest : public ExportFixture {
 protected:
-    void SetUp() override {
-        writeWav(folder / "clicks.wav", clicks(6, {4800, 72000, 240000}, 48000, 2));
-        const auto opened = Asset::open(folder / "clicks.wav");
-        ASSERT_TRUE(opened);
-        sound = *opened;
+    void SetUp() override { useSound(clicks(6, {4800, 72000, 240000}, 48000, 2)); }
+
+    void useSound(const TestSound& samples) {
+        writeWav(folder / "sound.wav", samples);
+        sound = Asset::open(folder / "sound.wav").value();
+    }
+    void placeSound(MediaTime duration) {
+        place(composition->addTrack(MediaKind::audio), sound, {MediaTime::zero(), duration});
+    }
+    std::optional<VideoComposition> background() const {
+        return copying({}, composition->duration(), MediaTime(1, 30));
     }
 
-    void placeSound(MediaTime duration, MediaTime at = MediaTime::zero()) {
-        const auto placed =
-            composition->addTrack(MediaKind::audio).insertTimeRange({MediaTime::zero(), duration}, sound, 0, at);
-        ASSERT_TRUE(placed) << placed.error().message;
-    }
-
-    VideoComposition background() const {
-        VideoComposition video;
-        video.renderWidth = pictureWidth;
-        video.renderHeight = pictureHeight;
-        video.frameDuration = MediaTime(1, 30);
-        video.instructions = {showing({}, MediaTime::zero(), composition->duration())};
-        video.makeCompositor = [] { return std::make_unique<CopyingCompositor>(); };
-        return video;
-    }
-
-    Result<void> exported(std::optional<VideoComposition> video, std::optional<AudioMix> mix = std::nullopt) {
-        ExportSession session(composition, std::move(video), std::move(mix));
-        std::promise<Result<void>> ended;
-        session.start(target, answer, [&](Result<void> result) { ended.set_value(std::move(result)); });
-        auto future = ended.get_future();
-        if (future.wait_for(60s) != std::future_status::ready)
-            return fail(Error{"test", 3, "The export did not end.", {}});
-        const Result<void> result = future.get();
-        progress = session.progress();
-        return result;
-    }
-
-    TemporaryFolder folder;
-    std::string target = folder / "out.mp4";
     AssetPtr sound;
-    std::shared_ptr<Composition> composition = std::make_shared<Composition>();
-    SerialQueue answer{"test.answer"};
-    float progress = 0;
 };
 
 TEST_F(ExportSoundTest, IsInTimeToTheSampleAndAsLongAsTheComposition) {
@@ -61,9 +31,7 @@ TEST_F(ExportSoundTest, IsInTimeToTheSampleAndAsLongAsTheComposition) {
     placeSound(length);
     for (const bool hasPicture : {true, false}) {
         std::filesystem::remove(target);
-        const auto result = exported(hasPicture ? std::optional(background()) : std::nullopt);
-        ASSERT_TRUE(result) << result.error().message;
-        EXPECT_EQ(progress, 1);
+        ASSERT_EQ(failureOf(hasPicture ? background() : std::nullopt), "");
         const auto asset = Asset::open(target);
         ASSERT_TRUE(asset) << asset.error().message;
         EXPECT_EQ((*asset)->tracks(MediaKind::video).size(), hasPicture ? 1u : 0u);
@@ -87,13 +55,12 @@ TEST_F(ExportSoundTest, IsInTimeToTheSampleAndAsLongAsTheComposition) {
 }
 
 TEST_F(ExportSoundTest, HasTheGainsOfTheMixAndIsClippedAtFullScale) {
-    writeWav(folder / "tone.wav", glidingTones(2, 48000, 2, 0.9F));
-    sound = *Asset::open(folder / "tone.wav");
+    useSound(glidingTones(2, 48000, 2, 0.9F));
     placeSound(MediaTime(2, 1));
     AudioMix mix{{AudioMixParameters(1)}};
     mix.parameters[0].setVolume(2, MediaTime::zero());
     mix.parameters[0].setVolume(0, MediaTime(1, 1));
-    ASSERT_TRUE(exported(std::nullopt, mix));
+    ASSERT_EQ(failureOf(std::nullopt, mix), "");
     const ReadSound heard = readWhole(target);
     // 1.8 as mixed; the codec overshoots a little.
     EXPECT_NEAR(std::abs(heard.at(loudestFrame(heard, 0, 47000))), 1.2, 0.3);
@@ -103,7 +70,7 @@ TEST_F(ExportSoundTest, HasTheGainsOfTheMixAndIsClippedAtFullScale) {
 
 TEST_F(ExportSoundTest, WritesPacketsInTheOrderOfTime) {
     placeSound(MediaTime(5, 1));
-    ASSERT_TRUE(exported(background()));
+    ASSERT_EQ(failureOf(background()), "");
     const std::string list = folder / "packets.txt";
     const std::string command =
         "ffprobe -v error -show_entries packet=dts_time,pos -of csv=p=0 '" + target + "' > '" + list + "'";
@@ -121,26 +88,10 @@ TEST_F(ExportSoundTest, WritesPacketsInTheOrderOfTime) {
 
 TEST_F(ExportSoundTest, FailsByNameAndLeavesNothingWhenASourceIsGone) {
     placeSound(MediaTime(5, 1));
-    std::filesystem::remove(folder / "clicks.wav");
+    std::filesystem::remove(folder / "sound.wav");
     for (const bool hasPicture : {true, false}) {
-        const auto result = exported(hasPicture ? std::optional(background()) : std::nullopt);
-        ASSERT_FALSE(result);
-        EXPECT_EQ(result.error().message, "clicks.wav: No such file or directory");
+        EXPECT_EQ(failureOf(hasPicture ? background() : std::nullopt), "sound.wav: No such file or directory");
         EXPECT_TRUE(folder.names().empty());
-    }
-}
-
-TEST_F(ExportSoundTest, CanBeCancelledWhileItSounds) {
-    placeSound(MediaTime(5, 1));
-    std::promise<Result<void>> ended;
-    ExportSession session(composition, std::nullopt);
-    session.start(target, answer, [&](Result<void> result) { ended.set_value(std::move(result)); });
-    session.cancel();
-    auto future = ended.get_future();
-    ASSERT_EQ(future.wait_for(60s), std::future_status::ready);
-    if (!future.get()) {
-        EXPECT_EQ(session.status(), ExportSession::Status::cancelled);
-        EXPECT_EQ(folder.names(), std::vector<std::string>{"clicks.wav"});
     }
 }
 

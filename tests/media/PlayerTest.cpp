@@ -94,13 +94,8 @@ protected:
         if (hasSound) {
             EXPECT_TRUE(composition->addTrack(MediaKind::audio).insertTimeRange(whole, asset, 1, MediaTime::zero()));
         }
-        VideoComposition video;
-        video.renderWidth = pictureWidth;
-        video.renderHeight = pictureHeight;
-        video.frameDuration = MediaTime(1, rate);
-        video.instructions = {showing({1}, MediaTime::zero(), MediaTime(3, 1))};
-        video.makeCompositor = [] { return std::make_unique<CopyingCompositor>(); };
-        return std::make_shared<PlayerItem>(composition, video, std::nullopt);
+        return std::make_shared<PlayerItem>(composition, copying({1}, MediaTime(3, 1), MediaTime(1, rate)),
+                                            std::nullopt);
     }
     void open(std::shared_ptr<PlayerItem> item) {
         player.replaceCurrentItem(item);
@@ -126,6 +121,15 @@ protected:
         return (isShown ? testing::AssertionSuccess() : testing::AssertionFailure())
                << "wanted " << number << ", saw " << testing::PrintToString(numbers);
     }
+    /// Goes on, with time standing still, until it holds.
+    template <typename Predicate>
+    bool fireUntil(Predicate predicate) {
+        return main.pumpUntil([&] {
+            main.fire();
+            main.post([] {});
+            return predicate();
+        });
+    }
     void letPass(double seconds) {
         for (double step = 0.01; seconds > 0; seconds -= step) {
             clock->advance(step);
@@ -144,11 +148,7 @@ protected:
     void begin(double playRate) {
         player.setRate(playRate);
         EXPECT_EQ(player.timeControlStatus(), Player::TimeControlStatus::waiting);
-        EXPECT_TRUE(main.pumpUntil([&] {
-            main.fire();
-            main.post([] {});
-            return player.timeControlStatus() == Player::TimeControlStatus::playing;
-        }));
+        EXPECT_TRUE(fireUntil([&] { return player.timeControlStatus() == Player::TimeControlStatus::playing; }));
     }
 
     static std::unique_ptr<TemporaryFolder> folder;
@@ -258,13 +258,9 @@ TEST_F(PlayerTest, FollowsWhatIsHeard) {
     EXPECT_GE(sink->written().size(), 2u * 4800);
     for (int i = 1; i <= 100; ++i) {
         clock->advance(0.01);
-        ASSERT_TRUE(main.pumpUntil([&] {
-            main.fire();
-            main.post([] {});
-            return std::abs(player.currentTime().seconds() - 1.02 * 0.01 * i) < 0.0001;
-        })) << player.currentTime().seconds();
+        const double heard = 1.02 * 0.01 * i;
+        ASSERT_TRUE(fireUntil([&] { return std::abs(player.currentTime().seconds() - heard) < 0.0001; })) << i;
     }
-
     EXPECT_TRUE(player.driftFromSound());
 
     // Without its device it goes on by the host clock.
@@ -276,11 +272,7 @@ TEST_F(PlayerTest, FollowsWhatIsHeard) {
     // When it is back, it sounds from there on.
     sink->speed = 1;
     sink->isThere = true;
-    EXPECT_TRUE(main.pumpUntil([&] {
-        main.fire();
-        main.post([] {});
-        return player.driftFromSound().has_value();
-    }));
+    EXPECT_TRUE(fireUntil([&] { return player.driftFromSound().has_value(); }));
     EXPECT_GT(player.currentTime().seconds(), before + 0.9);
     sink->isThere = false;
     player.setRate(0.5);

@@ -48,26 +48,6 @@ TEST(DeviceClock, FindsTheRate) {
             }
 }
 
-TEST(DeviceClock, IsUnmovedBySingleReports) {
-    Hearing hearing(50, 0.0005, 1024);
-    hearing.hearUntil(20);
-    const double rateBefore = hearing.clock.rateError();
-    EXPECT_EQ(hearing.hear(0.012), Verdict::steady);
-    EXPECT_EQ(hearing.hear(0.500), Verdict::doubtful);
-    EXPECT_EQ(hearing.hear(), Verdict::steady) << "it was late, and nothing more";
-    EXPECT_NEAR(hearing.clock.rateError(), rateBefore, 5e-6);
-    EXPECT_NEAR(hearing.errorNow(), 0, 0.0003);
-}
-
-TEST(DeviceClock, ListensBeforeItTells) {
-    Hearing hearing(0, 1e-9, 1024);
-    int doubtful = 0;
-    while (hearing.hear(doubtful < 3 ? 0.015 : 0) == Verdict::doubtful)
-        ++doubtful;
-    EXPECT_EQ(doubtful, 11) << "a quarter of a second";
-    EXPECT_NEAR(hearing.clock.hostTimeOf(0), begin, 0.0001);
-}
-
 TEST(DeviceClock, JumpsWhenLatenessStays) {
     // Time goes on without the device, whose count does not; late for good, or early.
     for (const double step : {0.030, 1.0, -0.5}) {

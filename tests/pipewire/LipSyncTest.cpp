@@ -34,13 +34,7 @@ std::shared_ptr<PlayerItem> makeFlashes(const TemporaryFolder& folder) {
     auto composition = std::make_shared<Composition>();
     EXPECT_TRUE(composition->addTrack(MediaKind::video).insertTimeRange(whole, asset, 0, MediaTime::zero()));
     EXPECT_TRUE(composition->addTrack(MediaKind::audio).insertTimeRange(whole, asset, 1, MediaTime::zero()));
-    VideoComposition video;
-    video.renderWidth = pictureWidth;
-    video.renderHeight = pictureHeight;
-    video.frameDuration = MediaTime(1, 60);
-    video.instructions = {showing({1}, whole.start, whole.end())};
-    video.makeCompositor = [] { return std::make_unique<CopyingCompositor>(); };
-    return std::make_shared<PlayerItem>(composition, video, std::nullopt);
+    return std::make_shared<PlayerItem>(composition, copying({1}, whole.end(), MediaTime(1, 60)), std::nullopt);
 }
 
 /// When each stretch of sound began, in seconds of the host clock.

@@ -15,6 +15,8 @@ namespace {
 
 using namespace std::chrono_literals;
 
+using Positions = std::vector<std::optional<AudioSink::Position>>;
+
 /// A user of the sink: a queue of its own writes whatever fits, and looks at the position each time.
 class Feeder {
 public:
@@ -41,7 +43,14 @@ public:
         std::unique_lock guard(m_lock);
         return m_fed.wait_for(guard, 20s, [&] { return predicate(m_positions); });
     }
-    std::vector<std::optional<AudioSink::Position>> positions() const {
+    /// Until it last told a position beyond that.
+    [[nodiscard]] bool waitForFrame(double frame) {
+        return waitUntil([frame](const Positions& told) { return isBeyond(told, frame); });
+    }
+    static bool isBeyond(const Positions& told, double frame) {
+        return !told.empty() && told.back() && told.back()->frame > frame;
+    }
+    Positions positions() const {
         const std::lock_guard guard(m_lock);
         return m_positions;
     }
@@ -75,12 +84,10 @@ private:
     std::int64_t m_next = 1;
     mutable std::mutex m_lock;
     std::condition_variable m_fed;
-    std::vector<std::optional<AudioSink::Position>> m_positions;
+    Positions m_positions;
     Timer m_feeding;
     SerialQueue m_queue{"Feeder"};
 };
-
-using Positions = std::vector<std::optional<AudioSink::Position>>;
 
 using PipeWireAudioSinkTest = SoundSession;
 
@@ -96,8 +103,7 @@ TEST_F(PipeWireAudioSinkTest, TellsWhatIsHeardWhen) {
     Feeder feeder(sink);
     feeder.play();
     constexpr double enough = 60'000;
-    ASSERT_TRUE(feeder.waitUntil(
-        [&](const Positions& told) { return !told.empty() && told.back() && told.back()->frame > enough; }));
+    ASSERT_TRUE(feeder.waitForFrame(enough));
     feeder.stop();
 
     const std::vector<Listener::Frame> heard = listener.heard();
@@ -137,14 +143,12 @@ TEST_F(PipeWireAudioSinkTest, ForgetsWhatWasWritten) {
     EXPECT_EQ(sink.write(wrong.data(), 4800), 4800U);
     feeder.play();
     for (int turn = 0; turn < 3; ++turn) {
-        ASSERT_TRUE(feeder.waitUntil(
-            [&](const Positions& told) { return !told.empty() && told.back() && told.back()->frame > 9'600; }));
+        ASSERT_TRUE(feeder.waitForFrame(9'600));
         listener.forget();
         feeder.forgetPositions();
         feeder.play();
     }
-    ASSERT_TRUE(feeder.waitUntil(
-        [&](const Positions& told) { return !told.empty() && told.back() && told.back()->frame > 4'800; }));
+    ASSERT_TRUE(feeder.waitForFrame(4'800));
     feeder.stop();
     EXPECT_FALSE(sink.position());
     const Positions told = feeder.positions();
@@ -160,9 +164,7 @@ TEST_F(PipeWireAudioSinkTest, LivesWithoutItsDaemon) {
     Feeder feeder(sink);
     feeder.play();
     EXPECT_FALSE(sink.hasDevice());
-    const auto isHeard = [&](const Positions& told) {
-        return sink.hasDevice() && !told.empty() && told.back() && told.back()->frame > 4'800;
-    };
+    const auto isHeard = [&](const Positions& told) { return sink.hasDevice() && Feeder::isBeyond(told, 4'800); };
     for (int turn = 0; turn < 2; ++turn) {
         startDaemon();
         EXPECT_TRUE(feeder.waitUntil(isHeard)) << "turn " << turn;

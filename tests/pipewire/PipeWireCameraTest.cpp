@@ -32,23 +32,16 @@ void expectColour(std::uint32_t seen, std::uint32_t wanted, int tolerance) {
 class PipeWireCameraTest : public SoundSession {
 protected:
     void configure(PipeWireCameraSession& session, const QString& device) {
-        bool isDone = false;
-        session.configure(
-            device, m_main, [this](PixelBuffer frame) { m_frames.push_back(std::move(frame)); },
-            [&](const Result<void>& answer) { isDone = answer.has_value(); });
-        EXPECT_TRUE(m_main.pumpUntil([&] { return isDone; }));
+        EXPECT_TRUE(m_main.answerOf<void>([&](Completion<void> done) {
+            session.configure(
+                device, m_main, [this](PixelBuffer frame) { m_frames.push_back(std::move(frame)); }, done);
+        }));
     }
     bool start(PipeWireCameraSession& session) {
-        std::optional<bool> answer;
-        session.start([&](const Result<bool>& started) { answer = *started; });
-        EXPECT_FALSE(answer) << "never before the call returns";
-        EXPECT_TRUE(m_main.pumpUntil([&] { return answer.has_value(); }));
-        return answer.value_or(false);
+        return m_main.answerOf<bool>([&](Completion<bool> done) { session.start(done); }).value();
     }
     void stop(PipeWireCameraSession& session) {
-        bool isStopped = false;
-        session.stop([&](const Result<void>&) { isStopped = true; });
-        EXPECT_TRUE(m_main.pumpUntil([&] { return isStopped; }));
+        EXPECT_TRUE(m_main.answerOf<void>([&](Completion<void> done) { session.stop(done); }));
     }
     [[nodiscard]] bool see(std::size_t count) {
         m_frames.clear();

@@ -37,11 +37,7 @@ TEST_F(PipeWireCaptureDevicesTest, KnowsAtOnceWhatIsThere) {
     EXPECT_EQ(devices.defaultDeviceID(camera), "eye");
     EXPECT_EQ(PipeWireCaptureDevices(m_main).defaultDeviceID(microphone), "first");
 
-    std::optional<bool> isGranted;
-    devices.requestAccess(camera, [&](const Result<bool>& answer) { isGranted = *answer; });
-    EXPECT_FALSE(isGranted) << "never before the call returns";
-    EXPECT_TRUE(m_main.pumpUntil([&] { return isGranted.has_value(); }));
-    EXPECT_TRUE(*isGranted);
+    EXPECT_TRUE(m_main.answerOf<bool>([&](Completion<bool> done) { devices.requestAccess(camera, done); }).value());
 }
 
 TEST_F(PipeWireCaptureDevicesTest, TellsWhatComesAndGoes) {

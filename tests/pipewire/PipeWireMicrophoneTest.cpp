@@ -19,19 +19,13 @@ public:
     explicit Ear(PumpedExecutor& main) : m_main(main), m_stream(main) {}
 
     Result<AudioFormat> start(const QString& deviceID) {
-        std::optional<Result<AudioFormat>> answer;
-        m_stream.start(
-            deviceID, m_main, [this](AudioBuffer sound) { m_heard.push_back(std::move(sound)); },
-            [&](const Result<AudioFormat>& format) { answer = format; });
-        EXPECT_FALSE(answer) << "never before the call returns";
-        EXPECT_TRUE(m_main.pumpUntil([&] { return answer.has_value(); }));
-        return answer.value_or(fail(Error{}));
+        return m_main.answerOf<AudioFormat>([&](Completion<AudioFormat> done) {
+            m_stream.start(
+                deviceID, m_main, [this](AudioBuffer sound) { m_heard.push_back(std::move(sound)); }, done);
+        });
     }
     void stop() {
-        bool isStopped = false;
-        m_stream.stop([&](const Result<void>&) { isStopped = true; });
-        EXPECT_FALSE(isStopped);
-        EXPECT_TRUE(m_main.pumpUntil([&] { return isStopped; }));
+        EXPECT_TRUE(m_main.answerOf<void>([&](Completion<void> done) { m_stream.stop(done); }));
     }
     [[nodiscard]] bool hear(double seconds) {
         return m_main.pumpUntil([&] { return this->seconds() >= seconds; });

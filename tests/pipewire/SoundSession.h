@@ -36,23 +36,23 @@ protected:
     }
 
     /// A device that is there when this returns; it goes with the object.
-    static std::unique_ptr<ChildProcess> plugIn(const char* program, std::vector<std::string> options) {
-        options.insert(options.begin(), program);
+    static std::unique_ptr<ChildProcess> plugInMicrophone(const std::string& name,
+                                                          std::vector<std::string> options = {}) {
+        return plugIn(KELDRA_TEST_MICROPHONE, name, std::move(options));
+    }
+    static std::unique_ptr<ChildProcess> plugInCamera(const std::string& name, std::vector<std::string> options = {}) {
+        return plugIn(KELDRA_TEST_CAMERA, name, std::move(options));
+    }
+
+private:
+    static std::unique_ptr<ChildProcess> plugIn(const char* program, const std::string& name,
+                                                std::vector<std::string> options) {
+        options.insert(options.begin(), {program, "--name", name, "--description", "The " + name});
         auto device = std::make_unique<ChildProcess>(std::move(options));
         EXPECT_EQ(device->readLine(), "up");
         return device;
     }
-    static std::unique_ptr<ChildProcess> plugInMicrophone(const std::string& name,
-                                                          std::vector<std::string> options = {}) {
-        options.insert(options.begin(), {"--name", name, "--description", "The " + name});
-        return plugIn(KELDRA_TEST_MICROPHONE, std::move(options));
-    }
-    static std::unique_ptr<ChildProcess> plugInCamera(const std::string& name, std::vector<std::string> options = {}) {
-        options.insert(options.begin(), {"--name", name, "--description", "The " + name});
-        return plugIn(KELDRA_TEST_CAMERA, std::move(options));
-    }
 
-private:
     const TemporaryFolder m_folder;
     std::string m_earlier;
     std::optional<ChildProcess> m_daemon;

@@ -132,10 +132,7 @@ TEST(SteadySound, StandsWhereItSoundedWhateverTheDevicesClock) {
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        Device device;
-        device.ppm = row.ppm;
-        device.jitter = row.jitter;
-        device.quantum = row.quantum;
+        Device device{.ppm = row.ppm, .jitter = row.jitter, .quantum = row.quantum};
         Heard heard;
         SteadySound sound(1, heard.taker());
         device.tellUntil(sound, 40);
@@ -174,9 +171,7 @@ TEST(SteadySound, IsNotMisledByTheFirstReports) {
 }
 
 TEST(SteadySound, IsPulledGently) {
-    Device device;
-    device.ppm = 200;
-    device.jitter = 0.006;
+    Device device{.ppm = 200, .jitter = 0.006};
     Heard heard;
     SteadySound sound(1, heard.taker());
     device.tellUntil(sound, 30);
@@ -191,20 +186,16 @@ TEST(SteadySound, LeavesAHoleWhereTheDeviceLostSound) {
         const char* name;
         double lost;
         bool isCounted;
-        double jitter;
     };
     const Row rows[] = {
-        {"one block of the graph", 256.0 / rate, true, 0.003},
-        {"several", 0.064, true, 0.003},
-        {"many, where nobody counts", 0.100, false, 0.003},
-        {"a suspended machine", 7.5, false, 0.003},
+        {"one block of the graph", 256.0 / rate, true},
+        {"several", 0.064, true},
+        {"many, where nobody counts", 0.100, false},
+        {"a suspended machine", 7.5, false},
     };
     for (const Row& row : rows) {
         SCOPED_TRACE(row.name);
-        Device device;
-        device.ppm = 100;
-        device.jitter = row.jitter;
-        device.quantum = 256;
+        Device device{.ppm = 100, .jitter = 0.003, .quantum = 256};
         Heard heard;
         SteadySound sound(1, heard.taker());
         device.tellUntil(sound, 20);
@@ -222,9 +213,7 @@ TEST(SteadySound, LeavesAHoleWhereTheDeviceLostSound) {
 }
 
 TEST(SteadySound, TakesAStallForNoHole) {
-    Device device;
-    device.jitter = 0.002;
-    device.quantum = 256;
+    Device device{.jitter = 0.002, .quantum = 256};
     Heard heard;
     SteadySound sound(1, heard.taker());
     for (int stall = 0; stall < 10; ++stall) {
@@ -240,8 +229,7 @@ TEST(SteadySound, TakesAStallForNoHole) {
 }
 
 TEST(SteadySound, IgnoresACountThatTimeDoesNotConfirm) {
-    Device device;
-    device.ppm = -100;
+    Device device{.ppm = -100};
     Heard heard;
     SteadySound sound(1, heard.taker());
     // The graph's driver changes, and with it the count.
@@ -254,8 +242,7 @@ TEST(SteadySound, IgnoresACountThatTimeDoesNotConfirm) {
 }
 
 TEST(SteadySound, GoesOnWhenADeviceComesBack) {
-    Device device;
-    device.channelCount = 2;
+    Device device{.channelCount = 2};
     Heard heard;
     SteadySound sound(2, heard.taker());
     EXPECT_EQ(sound.format(), (AudioFormat{SampleKind::int24, 48000, 2}));

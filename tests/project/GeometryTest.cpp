@@ -61,8 +61,6 @@ TEST(CanvasGeometry, VideoRects) {
     const auto fit = ContentFit::fit;
     const auto fill = ContentFit::fill;
     const Row rows[] = {
-        {"whole canvas", {1920, 1080}, {1920, 1080}, {}, fit, {0, 0, 1920, 1080}},
-        {"padded", {1920, 1080}, {1920, 1080}, {96, 54, 96, 54}, fit, {96, 54, 1728, 972}},
         {"bars above and below", {100, 50}, {100, 100}, {}, fit, {0, 25, 100, 50}},
         {"fill passes the insets", {160, 90}, {90, 90}, {9, 9, 9, 9}, fill, {-19, 9, 128, 72}},
         {"uneven insets", {100, 100}, {100, 100}, {10, 40, 10, 0}, fit, {20, 40, 60, 60}},

@@ -1,5 +1,6 @@
 #include "project/ProjectJson.h"
 
+#include "doubles/RandomProject.h"
 #include "project/FreshProject.h"
 
 #include <QJsonArray>
@@ -28,27 +29,23 @@ EditorProject sampleProject() {
     return project;
 }
 
-/// The project with one value replaced or, for an undefined value, removed.
+/// What it was with the value at that path replaced or, for an undefined value, removed.
+QJsonValue changed(const QJsonValue& whole, QStringList path, const QJsonValue& value) {
+    if (path.isEmpty())
+        return value;
+    const QString step = path.takeFirst();
+    if (whole.isArray()) {
+        QJsonArray array = whole.toArray();
+        array[step.toInt()] = changed(array[step.toInt()], path, value);
+        return array;
+    }
+    QJsonObject object = whole.toObject();
+    object.insert(step, changed(object[step], path, value));
+    return object;
+}
+
 QByteArray changed(const QByteArray& json, const QStringList& path, const QJsonValue& value) {
-    const std::function<QJsonValue(QJsonValue, int)> set = [&](QJsonValue at, int depth) -> QJsonValue {
-        if (depth == path.size())
-            return value;
-        bool isIndex = false;
-        const int index = path[depth].toInt(&isIndex);
-        if (isIndex) {
-            QJsonArray array = at.toArray();
-            array[index] = set(array[index], depth + 1);
-            return array;
-        }
-        QJsonObject object = at.toObject();
-        const QJsonValue inner = set(object[path[depth]], depth + 1);
-        if (inner.isUndefined())
-            object.remove(path[depth]);
-        else
-            object[path[depth]] = inner;
-        return object;
-    };
-    return QJsonDocument(set(QJsonDocument::fromJson(json).object(), 0).toObject()).toJson();
+    return QJsonDocument(changed(QJsonDocument::fromJson(json).object(), path, value).toObject()).toJson();
 }
 
 std::string failureOf(const QByteArray& json) {
@@ -68,66 +65,21 @@ TEST(ProjectJson, WritesTheDescribedText) {
     project.zoomBlocks = QList<ZoomBlock>{{clip, 1, 3, 2, {0.25, 1}, 0.6}};
     project.canvas = CanvasStyle{};
     project.canvas->size = CanvasCustomSize{1921, 1081};
-    EXPECT_EQ(encodeProject(project).value().toStdString(), R"({
-    "canvas": {
-        "background": {
-            "color": {
-                "_0": {
-                    "alpha": 1,
-                    "blue": 0,
-                    "green": 0,
-                    "red": 0
-                }
-            }
-        },
-        "paddingFraction": {
-            "bottom": 0,
-            "left": 0,
-            "right": 0,
-            "top": 0
-        },
-        "size": {
-            "custom": {
-                "height": 1081,
-                "width": 1921
-            }
-        },
-        "videoFit": "fit"
-    },
-    "canvasHeight": 1080,
-    "canvasWidth": 1920,
-    "createdAt": "2024-05-06T07:08:09Z",
-    "frameRate": 60,
-    "hasLiveClickTrack": true,
-    "id": "6F9619FF-8B86-D011-B42D-00CF4FC964FF",
-    "segments": [
-        {
-            "duration": 0.1,
-            "id": "00000000-0000-0000-0000-0000000000AB",
-            "mediaKind": "image",
-            "sourceStart": 0,
-            "timelineStart": 0,
-            "trackIndex": 9223372036854775807
-        }
-    ],
-    "sourceDuration": 12.25,
-    "sourceURL": "file:///movies/a%20%231%20100%25.mov",
-    "updatedAt": "2024-05-06T07:08:09Z",
-    "zoomBlocks": [
-        {
-            "duration": 3,
-            "focus": {
-                "x": 0.25,
-                "y": 1
-            },
-            "id": "00000000-0000-0000-0000-0000000000AB",
-            "rampDuration": 0.6,
-            "scale": 2,
-            "timelineStart": 1
-        }
-    ]
-}
-)");
+    const QByteArray text = encodeProject(project).value();
+    const QByteArray clipID = R"("00000000-0000-0000-0000-0000000000AB")";
+    EXPECT_EQ(QJsonDocument::fromJson(text).toJson(QJsonDocument::Compact),
+              R"({"canvas":{"background":{"color":{"_0":{"alpha":1,"blue":0,"green":0,"red":0}}},)"
+              R"("paddingFraction":{"bottom":0,"left":0,"right":0,"top":0},)"
+              R"("size":{"custom":{"height":1081,"width":1921}},"videoFit":"fit"},)"
+              R"("canvasHeight":1080,"canvasWidth":1920,"createdAt":"2024-05-06T07:08:09Z","frameRate":60,)"
+              R"("hasLiveClickTrack":true,"id":"6F9619FF-8B86-D011-B42D-00CF4FC964FF",)"
+              R"("segments":[{"duration":0.1,"id":)" +
+                  clipID +
+                  R"(,"mediaKind":"image","sourceStart":0,"timelineStart":0,"trackIndex":9223372036854775807}],)"
+                  R"("sourceDuration":12.25,"sourceURL":"file:///movies/a%20%231%20100%25.mov",)"
+                  R"("updatedAt":"2024-05-06T07:08:09Z","zoomBlocks":[{"duration":3,"focus":{"x":0.25,"y":1},"id":)" +
+                  clipID + R"(,"rampDuration":0.6,"scale":2,"timelineStart":1}]})");
+    EXPECT_EQ(text, QJsonDocument::fromJson(text).toJson(QJsonDocument::Indented)) << "sorted, a value a line";
 }
 
 TEST(ProjectJson, OldFilesLoadAndAreWrittenBackAsTheyWere) {
@@ -245,117 +197,27 @@ TEST(ProjectJson, WhatIsNotFiniteCannotBeWritten) {
     EXPECT_EQ(encodeCanvasStyle(style).error().message, "background.image._0.blurRadius: the number is not finite");
 }
 
-/// Random projects that reach every field, every case and the far ends of the numbers.
-class RandomProjects {
+/// Random projects that reach the far ends of the numbers.
+class WildProject final : public RandomProject {
 public:
-    explicit RandomProjects(unsigned seed) : m_random(seed) {}
-
-    EditorProject next() {
-        EditorProject project = sampleProject();
-        project.id = QUuid::createUuid();
-        project.frameRate = number();
-        project.canvasWidth = number();
-        project.segments.clear();
-        for (unsigned count = m_random() % 4; count > 0; --count)
-            project.segments.append(segment());
-        maybe(project.tracks, [&] {
-            return QList<EditorTrack>{{QUuid::createUuid(), integer(), EditorTrackKind::audio, flag()}};
-        });
-        maybe(project.canvas, [&] { return style(); });
-        maybe(project.zoomBlocks, [&] {
-            return QList<ZoomBlock>{
-                {QUuid::createUuid(), number(), number(), number(), {number(), number()}, number()}};
-        });
-        maybe(project.hasLiveClickTrack, [&] { return flag(); });
-        maybe(project.clickSoundVolume, [&] { return number(); });
-        return project;
-    }
-
-private:
-    double number() {
-        switch (m_random() % 4) {
-        case 0:
-            return double(int(m_random() % 2000) - 1000) / 60;
-        case 1:
-            return double(qint64(m_random() | 1));
-        default:
-            break;
-        }
+    using RandomProject::RandomProject;
+    double real(double, double) override {
+        if (chance())
+            return double(below(2000) - 1000) / 60;
         double value = 0;
         do {
-            const quint64 bits = m_random() | 1;
+            const quint64 bits = m_random();
             std::memcpy(&value, &bits, sizeof value);
         } while (!std::isfinite(value));
         return value;
     }
-    qint64 integer() { return qint64(m_random()) >> (m_random() % 60); }
-    bool flag() { return m_random() % 2; }
-    QUrl url() { return QUrl::fromLocalFile(QString("/m %1/%2?#%ü.mov").arg(m_random()).arg(QChar(0x3b1))); }
-    RGBAColor color() { return {number(), number(), number(), number()}; }
-
-    template <typename T, typename Make>
-    void maybe(std::optional<T>& field, Make make) {
-        field = flag() ? std::optional<T>(make()) : std::nullopt;
-    }
-
-    EditorSegment segment() {
-        EditorSegment segment{QUuid::createUuid(),
-                              number(),
-                              number(),
-                              number(),
-                              integer(),
-                              {},
-                              {},
-                              {},
-                              {},
-                              {},
-                              {},
-                              {},
-                              {},
-                              {},
-                              {},
-                              {},
-                              {},
-                              {}};
-        maybe(segment.sourceURL, [&] { return url(); });
-        maybe(segment.mediaKind, [&] { return EditorMediaKind(m_random() % 3); });
-        maybe(segment.displayName, [&] { return QString("\"x\\\n%1\u0007 \u2028").arg(m_random()) + QChar(0); });
-        for (auto* field :
-             {&segment.sourceDuration, &segment.positionX, &segment.positionY, &segment.scale, &segment.rotationDegrees,
-              &segment.opacity, &segment.fadeInDuration, &segment.fadeOutDuration, &segment.volume})
-            maybe(*field, [&] { return number(); });
-        maybe(segment.isMuted, [&] { return flag(); });
-        return segment;
-    }
-    CanvasStyle style() {
-        CanvasStyle style;
-        switch (m_random() % 3) {
-        case 0:
-            style.background = color();
-            style.size = CanvasPreset(m_random() % 4);
-            break;
-        case 1:
-            style.background =
-                CanvasGradient{CanvasGradient::Kind(m_random() % 2), color(), color(), number(), number()};
-            style.size = CanvasCustomSize{integer(), integer()};
-            break;
-        default:
-            style.background = CanvasImageBackground{url(), ContentFit(m_random() % 2), number(), color()};
-        }
-        style.paddingFraction = {number(), number(), number(), number()};
-        style.videoFit = ContentFit(m_random() % 2);
-        maybe(style.shadow, [&] { return CanvasShadow{flag(), color(), number(), number(), number()}; });
-        maybe(style.cornerRadiusFraction, [&] { return number(); });
-        return style;
-    }
-
-    std::mt19937_64 m_random;
+    qint64 whole(qint64, qint64) override { return qint64(m_random()) >> below(60); }
 };
 
 void checkRoundTrips(unsigned seed) {
-    RandomProjects projects(seed);
+    WildProject random(seed);
     for (int round = 0; round < 300; ++round) {
-        const EditorProject project = projects.next();
+        const EditorProject project = random.make(random.below(4));
         const QByteArray json = encodeProject(project).value();
         const auto back = decodeProject(json);
         ASSERT_TRUE(back) << back.error().message << "\nseed " << seed << "\n" << json.constData();

@@ -113,21 +113,6 @@ TEST(Fades, FitTheClip) {
     }
 }
 
-TEST(Fades, NeverPassTheClipWhateverIsStored) {
-    std::mt19937_64 random(3);
-    std::uniform_real_distribution<double> seconds(-1, 20);
-    for (int round = 0; round < 10000; ++round) {
-        EditorSegment segment = clip(1, 0, seconds(random));
-        segment.fadeInDuration = seconds(random);
-        segment.fadeOutDuration = seconds(random);
-        const FadeLengths fades = normalizedFades(segment);
-        ASSERT_GE(fades.fadeIn, 0);
-        ASSERT_GE(fades.fadeOut, 0);
-        // The sum may round up by the last bit.
-        ASSERT_LE(fades.fadeIn + fades.fadeOut, std::nextafter(std::max(segment.duration, 0.0), infinity));
-    }
-}
-
 TEST(FreshProject, DescribesTheSource) {
     const QDateTime now = QDateTime({2024, 1, 2}, {3, 4, 5}, Qt::UTC);
     const QUrl url("file:///a.mov");
@@ -150,15 +135,7 @@ TEST(FreshProject, DescribesTheSource) {
     EXPECT_EQ(project.hasLiveClickTrack, true);
     EXPECT_FALSE(project.clickSoundVolume);
 
-    const CanvasStyle& style = *project.canvas;
-    EXPECT_EQ(std::get<CanvasGradient>(style.background), (CanvasGradient{CanvasGradient::Kind::linear,
-                                                                          {14 / 255.0, 165 / 255.0, 233 / 255.0, 1},
-                                                                          {30 / 255.0, 58 / 255.0, 138 / 255.0, 1},
-                                                                          90,
-                                                                          0}));
-    EXPECT_EQ(style.paddingFraction, (CanvasInsets{0.05, 0.05, 0.05, 0.05}));
-    EXPECT_EQ(style.shadow, (CanvasShadow{true, {0, 0, 0, 1}, 0.45, 0.025, 0.012}));
-    EXPECT_EQ(style.cornerRadiusFraction, 0.02);
+    EXPECT_EQ(project.canvas, freshCanvasStyle());
     EXPECT_EQ(gradientPresets().size(), 20);
 
     const EditorProject soundOnly = makeFreshProject(url, false, {-3, {}}, now);
