@@ -35,21 +35,6 @@ class BadSourceTest(TestCase):
                    "The output folder is unavailable or not writable.")
         self.check(["record", "--display", 1, "--output-dir", "/proc"], 1)
 
-    def test_a_full_disk_ends_a_recording(self):
-        disk = self.folder / "disk"
-        disk.mkdir()
-        mounted = subprocess.run(["mount", "-t", "tmpfs", "-o", "size=600k", "tmpfs", disk], capture_output=True)
-        if mounted.returncode != 0:
-            self.skipTest("mounting a small disk needs root")
-        try:
-            with Scene("--rate", 30):
-                said = run("record", "--display", 1, "--seconds", 30, "--output-dir", disk)
-            self.assertEqual(said[0], 1)
-            self.assertIn("No space left on device", said[2])
-            self.assertEqual(list(disk.iterdir()), [])
-        finally:
-            subprocess.run(["umount", disk], check=True)
-
     def test_a_window_that_closes_ends_the_recording(self):
         from harness import Recording
         with Scene("--managed", "--geometry", "640x400+100+100") as scene:
@@ -58,7 +43,6 @@ class BadSourceTest(TestCase):
         out, err = recording.process.communicate(timeout=60)
         self.assertEqual((recording.process.returncode, out), (1, ""))
         self.assertIn("The recorded window was closed.", err)
-
 
     def test_a_display_that_is_disconnected_ends_the_recording(self):
         from harness import Recording
@@ -88,7 +72,7 @@ class BadSourceTest(TestCase):
             place.rmdir()
             out, err = recording.process.communicate(timeout=60)
         self.assertEqual((recording.process.returncode, out), (1, ""))
-        self.assertIn("the file was removed, or its folder, while it was recorded", err)
+        self.assertIn("the file was removed or moved, or its folder, while it was recorded", err)
 
 
 class BadMovieTest(TestCase):
