@@ -6,6 +6,7 @@ from measure import BUILD, ROOT
 
 os.environ.setdefault("KELDRA_BUILD", str(BUILD))
 sys.path.insert(0, str(ROOT / "tests" / "end_to_end"))
+from devices import Device  # noqa: E402, F401
 from harness import Scene, numbers_of, record, xdotool  # noqa: E402, F401
 
 
