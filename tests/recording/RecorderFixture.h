@@ -1,7 +1,7 @@
 #pragma once
 
-#include "doubles/ScriptedCaptureDevices.h"
 #include "doubles/FixedDesktop.h"
+#include "doubles/ScriptedCaptureDevices.h"
 #include "doubles/ScriptedMicrophone.h"
 #include "doubles/ScriptedMovieWriter.h"
 #include "doubles/ScriptedScreenStream.h"
