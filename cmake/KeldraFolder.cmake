@@ -45,7 +45,7 @@ function(keldra_uses_qt target)
 endfunction()
 
 # keldra_test(NAME [QT] [DESKTOP] LINKS...): one test program per folder, run by ctest. DESKTOP runs it on a desktop of
-# its own.
+# its own, and beside no other test: it watches clocks.
 function(keldra_test name)
   cmake_parse_arguments(TEST "QT;DESKTOP" "" "LINKS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${name}/*.cpp)
@@ -60,6 +60,7 @@ function(keldra_test name)
   endif()
   if(TEST_DESKTOP)
     add_test(NAME ${name} COMMAND ${CMAKE_SOURCE_DIR}/tests/with-desktop $<TARGET_FILE:${target}>)
+    set_tests_properties(${name} PROPERTIES RUN_SERIAL ON)
   else()
     add_test(NAME ${name} COMMAND ${target})
   endif()
