@@ -50,7 +50,7 @@ public:
         , m_videoComposition(session.m_videoComposition)
         , m_path(std::move(path))
         , m_frameCount(m_videoComposition ? m_videoComposition->frameCount(m_composition->duration()) : 0)
-        , m_window(m_videoComposition ? framesUnderWay(*m_videoComposition) : 1)
+        , m_window(std::make_shared<FrameWindow>(m_videoComposition ? framesUnderWay(*m_videoComposition) : 1))
         , m_encoding("KELDRA.Export.Encoder")
         , m_compositor(m_videoComposition ? m_videoComposition->makeCompositor() : nullptr)
         , m_reading("KELDRA.Export.Reader") {
@@ -77,7 +77,7 @@ public:
 
 private:
     void stop(Error reason) {
-        m_window.stop(std::move(reason));
+        m_window->stop(std::move(reason));
         if (m_sound)
             m_sound->stop();
     }
@@ -95,7 +95,7 @@ private:
         std::shared_ptr<const VideoInstruction> lastInstruction;
         TrackPictures lastFrames;
         for (std::int64_t index = 0; index < m_frameCount; ++index) {
-            if (!m_window.enter())
+            if (!m_window->enter())
                 return {};
             const MediaTime time = m_videoComposition->frameDuration * index;
             const auto instruction = m_videoComposition->instructionAt(time);
@@ -113,14 +113,15 @@ private:
             lastInstruction = instruction;
             lastFrames = frames;
             if (isRepeat) {
-                m_window.deliver(index, FrameWindow::Frame(FrameWindow::Repeat()));
+                m_window->deliver(index, FrameWindow::Frame(FrameWindow::Repeat()));
                 continue;
             }
-            m_compositor->startRequest(
-                std::allocate_shared<FrameRequest>(Recycling<FrameRequest>(), instruction, time, std::move(frames),
-                                                   pool, [&window = m_window, index](FrameRequest::Outcome outcome) {
-                                                       window.deliver(index, std::move(outcome));
-                                                   }));
+            m_compositor->startRequest(std::allocate_shared<FrameRequest>(
+                Recycling<FrameRequest>(), instruction, time, std::move(frames), pool,
+                [window = m_window.get(), index](FrameRequest::Outcome outcome) {
+                    window->deliver(index, std::move(outcome));
+                },
+                m_window));
         }
         return {};
     }
@@ -144,12 +145,12 @@ private:
         FrameRequest::Outcome outcome = promise->get_future().get();
         if (failure)
             return fail(std::move(*failure));
-        m_window.deliver(index, std::move(outcome));
+        m_window->deliver(index, std::move(outcome));
         return {};
     }
 
     Result<void> encodeFrames() {
-        if (const auto reason = m_window.stopReason())
+        if (const auto reason = m_window->stopReason())
             return fail(*reason);
         std::optional<ExportFile::Picture> picture;
         if (m_videoComposition)
@@ -172,14 +173,14 @@ private:
 
     Result<void> encodePictures(ExportFile& file) {
         for (std::int64_t index = 0; index < m_frameCount; ++index) {
-            const auto frame = m_window.take(index);
+            const auto frame = m_window->take(index);
             if (!frame)
                 break;
             if (const auto* picture = std::get_if<PixelBuffer>(&*frame))
                 TRY(file.append(*picture));
             else
                 TRY(file.appendAgain());
-            m_window.leave();
+            m_window->leave();
             m_session.m_progress = float(index + 1) / float(m_frameCount);
         }
         return {};
@@ -197,10 +198,10 @@ private:
 
     Result<void> encodeInto(ExportFile& file) {
         TRY(m_videoComposition ? encodePictures(file) : encodeSoundAlone(file));
-        if (!m_window.stopReason())
+        if (!m_window->stopReason())
             TRY(file.finish());
         // A cancel that comes while the index moves is one too.
-        if (const auto reason = m_window.stopReason())
+        if (const auto reason = m_window->stopReason())
             return fail(*reason);
         m_session.m_progress = 1;
         return {};
@@ -211,7 +212,7 @@ private:
     const std::optional<VideoComposition> m_videoComposition;
     const std::string m_path;
     const std::int64_t m_frameCount;
-    FrameWindow m_window;
+    const std::shared_ptr<FrameWindow> m_window;
     // Its queue tells the window, and the encoder's queue takes from it.
     std::unique_ptr<SoundEncoding> m_sound;
     // They end from the last to the first: nothing is composed any more once the reader has ended, and the frames of

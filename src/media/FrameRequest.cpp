@@ -11,11 +11,13 @@ FrameRequest::FrameRequest(std::shared_ptr<const VideoInstruction> instruction, 
     , m_done(std::move(done)) {}
 
 FrameRequest::FrameRequest(std::shared_ptr<const VideoInstruction> instruction, MediaTime compositionTime,
-                           TrackPictures sourceFrames, std::shared_ptr<PixelBufferPool> pool, Done done)
+                           TrackPictures sourceFrames, std::shared_ptr<PixelBufferPool> pool, Done done,
+                           std::shared_ptr<const void> keptAlive)
     : m_instruction(std::move(instruction))
     , m_compositionTime(compositionTime)
     , m_sourceFrames(std::move(sourceFrames))
     , m_pool(std::move(pool))
+    , m_keptAlive(std::move(keptAlive))
     , m_done(std::move(done)) {}
 
 FrameRequest::~FrameRequest() {

@@ -33,9 +33,10 @@ public:
 
     FrameRequest(std::shared_ptr<const VideoInstruction> instruction, MediaTime compositionTime,
                  SourceFrames sourceFrames, std::shared_ptr<PixelBufferPool> pool, Done done);
-    /// With all pictures there already.
+    /// With all pictures there already. What `done` points to may be kept alive by the request.
     FrameRequest(std::shared_ptr<const VideoInstruction> instruction, MediaTime compositionTime,
-                 TrackPictures sourceFrames, std::shared_ptr<PixelBufferPool> pool, Done done);
+                 TrackPictures sourceFrames, std::shared_ptr<PixelBufferPool> pool, Done done,
+                 std::shared_ptr<const void> keptAlive = nullptr);
     ~FrameRequest();
     FrameRequest(const FrameRequest&) = delete;
     FrameRequest& operator=(const FrameRequest&) = delete;
@@ -60,6 +61,7 @@ private:
     MediaTime m_compositionTime;
     std::variant<SourceFrames, TrackPictures> m_sourceFrames;
     std::shared_ptr<PixelBufferPool> m_pool;
+    std::shared_ptr<const void> m_keptAlive;
     Done m_done;
 };
 
