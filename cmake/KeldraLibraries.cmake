@@ -2,7 +2,7 @@
 
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
-find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Network)
+find_package(Qt6 6.4 REQUIRED COMPONENTS Core DBus Gui LinguistTools Network Qml Quick QuickControls2 Svg Widgets)
 find_package(QCoro6 0.8 REQUIRED COMPONENTS Core)
 find_package(tl-expected REQUIRED)
 

@@ -6,6 +6,7 @@
 #include "platform/CaptureDevices.h"
 #include "platform/Dialogs.h"
 #include "platform/DisplayCapture.h"
+#include "platform/EventMonitor.h"
 #include "platform/MicrophoneStream.h"
 #include "platform/OwnWindows.h"
 #include "platform/Permissions.h"
@@ -13,6 +14,7 @@
 #include "platform/ScreenStream.h"
 #include "platform/Screens.h"
 #include "platform/ShareableContent.h"
+#include "platform/SystemSounds.h"
 #include "platform/WindowList.h"
 #include "platform/Workspace.h"
 
@@ -24,7 +26,8 @@ namespace keldra {
 ///
 /// Without `devices` there are neither cameras nor microphones, and their factories stand empty. An empty
 /// `makeScreenStream` says that this desktop cannot stream, and recordings capture the display as it is.
-/// Without `permissions` the desktop forbids nothing. The command line needs neither `workspace` nor `dialogs`.
+/// Without `permissions` the desktop forbids nothing. The command line has no windows, and needs none of `workspace`,
+/// `dialogs`, `sounds` and `events`.
 struct Platform {
     std::shared_ptr<HostClock> clock;
     std::shared_ptr<Screens> screens;
@@ -32,6 +35,8 @@ struct Platform {
     std::shared_ptr<Permissions> permissions;
     std::shared_ptr<Workspace> workspace;
     std::shared_ptr<Dialogs> dialogs;
+    std::shared_ptr<SystemSounds> sounds;
+    std::shared_ptr<EventMonitor> events;
     std::shared_ptr<ShareableContent> shareableContent;
     ScreenStreamFactory makeScreenStream;
     DisplayCaptureFactory makeDisplayCapture;

@@ -48,10 +48,15 @@ public:
         shown.append(dialog);
         answers.add([this, done = std::move(done)] { done(choice); });
     }
+    void chooseFile(FileDialog dialog, Completion<std::optional<QUrl>> done) override {
+        shownFiles.append(dialog);
+        answers.add([this, done = std::move(done)] { done(choice); });
+    }
 
     Answers answers;
     Result<std::optional<QUrl>> choice;
     QList<FolderDialog> shown;
+    QList<FileDialog> shownFiles;
 };
 
 /// A recorder whose start and end a test tells.
