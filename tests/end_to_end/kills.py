@@ -50,8 +50,8 @@ class KilledTake:
         return any(link.startswith(f"{self.path.parent}/#") for link in links)
 
     def _judge(self, scene, clicks):
-        if beside := [each.name for each in self.path.parent.iterdir() if each != self.path]:
-            self.faults.append(f"left beside it: {beside}")
+        if hidden := [each.name for each in self.path.parent.glob(".*")]:
+            self.faults.append(f"left beside it: {hidden}")
         judged = JudgedTake(self.path, scene, self.killed)
         self.faults += judged.faults
         self.lost_pictures, self.lost_sound = judged.pictures, judged.sound
