@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <langinfo.h>
+#include <malloc.h>
 
 namespace {
 
@@ -51,10 +52,16 @@ int runSubcommand(const QStringList& words) {
     return QCoreApplication::exec();
 }
 
+/// What is as large as a picture goes back to the system when it is let go of, and leaves no holes in the heap.
+void keepPicturesOffTheHeap() {
+    mallopt(M_MMAP_THRESHOLD, 1 << 18);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     ensureUtf8Locale();
+    keepPicturesOffTheHeap();
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationVersion(QString::fromUtf8(keldra::identity::version));
     const QStringList words = QCoreApplication::arguments().mid(1);
