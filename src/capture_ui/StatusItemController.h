@@ -27,12 +27,11 @@ public:
     explicit StatusItemController(Closures closures);
     ~StatusItemController() override;
 
-    const QMenu& menu() const { return *m_menu; }
+    QMenu& menu() { return *m_menu; }
 
 private:
     void fillMenu();
-    void refreshTitles();
-    void refreshIcon();
+    void refreshTitle();
 
     Closures m_closures;
     std::unique_ptr<QMenu> m_menu;
