@@ -4,6 +4,7 @@
 #include "async/AwaitCompletion.h"
 #include "async/MainQueue.h"
 #include "async/MainScheduler.h"
+#include "base/SerialQueue.h"
 #include "cli/StopSignals.h"
 #include "identity/Identity.h"
 #include "launch/AppDelegate.h"

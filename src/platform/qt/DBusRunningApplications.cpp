@@ -17,8 +17,8 @@ namespace {
 /// A copy that says nothing for so long hangs.
 constexpr std::chrono::seconds patience{5};
 
-QCoro::Task<std::optional<QVariant>> askBus(QDBusConnection bus, QString method, QVariantList arguments) {
-    const QDBusMessage call = busMethod(method, arguments);
+QCoro::Task<std::optional<QVariant>> askBus(QDBusConnection bus, QString method, QString argument) {
+    const QDBusMessage call = busMethod(method, {argument});
     const Result<QDBusMessage> reply =
         co_await awaitCompletion<QDBusMessage>([&](auto done) { callBus(bus, call, patience, std::move(done)); });
     if (!reply || reply->arguments().isEmpty())
@@ -28,11 +28,13 @@ QCoro::Task<std::optional<QVariant>> askBus(QDBusConnection bus, QString method,
 
 QCoro::Task<> findOwners(QDBusConnection bus, BusIdentity identity, Completion<QList<RunningApplication>> done) {
     QList<RunningApplication> found;
-    for (const QString& name : {identity.name, identity.earlierName}) {
-        const auto owner = co_await askBus(bus, QStringLiteral("GetNameOwner"), {name});
+    const QStringList names{identity.name, identity.earlierName};
+    for (const QString& name : names) {
+        const auto owner = co_await askBus(bus, QStringLiteral("GetNameOwner"), name);
         if (!owner || owner->toString() == bus.baseService())
             continue;
-        const auto process = co_await askBus(bus, QStringLiteral("GetConnectionUnixProcessID"), {*owner});
+        const auto process =
+            co_await askBus(bus, QStringLiteral("GetConnectionUnixProcessID"), owner->toString());
         if (process)
             found.append({owner->toString(), process->toLongLong(), name == identity.earlierName});
     }
