@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QColor>
+
+namespace keldra {
+
+/// The colours of the program's own look; views have them through Theme. One accent, on dark grounds that let a little of
+/// the desktop through where a compositing manager allows it.
+namespace palette {
+
+inline constexpr QColor ground{0x17, 0x18, 0x1c, 0xeb};
+/// Where nothing shows through.
+inline constexpr QColor opaqueGround{0x1a, 0x1b, 0x20};
+inline constexpr QColor hairline{0xff, 0xff, 0xff, 0x1c};
+inline constexpr QColor text{0xf4, 0xf4, 0xf6};
+inline constexpr QColor secondaryText{0xa6, 0xa9, 0xb4};
+inline constexpr QColor accent{0xff, 0x6b, 0x57};
+/// On the accent.
+inline constexpr QColor accentText{0x2a, 0x08, 0x04};
+inline constexpr QColor success{0x5f, 0xd3, 0x9a};
+inline constexpr QColor warning{0xff, 0xc1, 0x5c};
+
+} // namespace palette
+} // namespace keldra
