@@ -81,6 +81,8 @@ FloatingPanel::FloatingPanel(PanelConfiguration configuration, UiKit& kit)
         flags |= Qt::WindowTransparentForInput | Qt::WindowDoesNotAcceptFocus;
     m_view->setFlags(flags);
     m_view->setTitle(m_configuration.title);
+    showOnAllDesktops(*m_view);
+    keepOffTaskbar(*m_view);
     m_registration = std::make_unique<RegisteredWindow>(*m_view, kit.ownWindows(), m_configuration.identifier,
                                                         SharingType::readOnly);
     connect(m_view.get(), &QWindow::xChanged, this, &FloatingPanel::noteMove);
@@ -107,7 +109,8 @@ void FloatingPanel::place(const QRectF& frame) {
     if (!frame.isEmpty())
         m_view->setGeometry(DesktopCoordinates::current().toQt(frame));
     m_isPlacing = false;
-    applyShape();
+    if (m_view->isVisible())
+        applyShape();
     if (hasMoved)
         Q_EMIT moved();
 }
@@ -137,10 +140,7 @@ void FloatingPanel::appear(bool takesKeyboard) {
     applyShape();
     // The name by which Qt passes this on to the window manager.
     m_view->setProperty("_q_showWithoutActivating", !takesKeyboard);
-    if (!m_view->isVisible()) {
-        m_view->show();
-        showOnAllDesktops(*m_view);
-    }
+    m_view->show();
     m_view->raise();
     if (takesKeyboard)
         m_view->requestActivate();
@@ -188,8 +188,10 @@ void FloatingPanel::load() {
 }
 
 void FloatingPanel::applyShape() {
+    const double scale = m_view->devicePixelRatio();
     if (m_kit.theme().isTranslucent()) {
-        m_view->setMask({});
+        if (std::exchange(m_isCut, false))
+            cutToShape(*m_view, QRect(QPoint(), (m_frame.size() * scale).toSize()));
         return;
     }
     QList<RoundedRect> shape;
@@ -197,7 +199,8 @@ void FloatingPanel::applyShape() {
         shape = shapeParts(root->property("outline").value<QJSValue>().toVariant().toList());
     if (shape.isEmpty())
         shape = {{QRectF(QPointF(), m_frame.size()), m_kit.theme().panelRadius()}};
-    m_view->setMask(shapeRegion(shape));
+    m_isCut = true;
+    cutToShape(*m_view, shapeRegion(shape, scale));
 }
 
 } // namespace keldra

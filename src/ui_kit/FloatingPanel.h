@@ -76,6 +76,7 @@ private:
     /// As asked for, until somebody else moves the window.
     QRectF m_frame;
     bool m_isPlacing = false;
+    bool m_isCut = false;
 };
 
 } // namespace keldra

@@ -3,6 +3,7 @@
 #include "ui_kit/PanelShape.h"
 #include "ui_kit/RegisteredWindow.h"
 #include "ui_kit/UiKit.h"
+#include "ui_kit/X11WindowManagement.h"
 
 #include <QQuickView>
 #include <QScreen>
@@ -60,9 +61,9 @@ void HintWindow::place() {
     const QRect item(corner.toPoint(), m_item->size().toSize());
     m_view->setScreen(m_item->window()->screen());
     m_view->setGeometry({hintPosition(item, size, m_item->window()->screen()->availableGeometry()), size});
-    m_view->setMask(m_kit.theme().isTranslucent()
-                        ? QRegion()
-                        : shapeRegion({{QRectF(QPointF(), size), root->property("radius").toDouble()}}));
+    if (!m_kit.theme().isTranslucent())
+        cutToShape(*m_view, shapeRegion({{QRectF(QPointF(), size), root->property("radius").toDouble()}},
+                                        m_view->devicePixelRatio()));
 }
 
 void HintWindow::hide(QQuickItem* item) {

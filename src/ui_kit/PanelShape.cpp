@@ -17,11 +17,12 @@ QList<RoundedRect> shapeParts(const QVariantList& parts) {
     return shape;
 }
 
-QRegion shapeRegion(const QList<RoundedRect>& parts) {
+QRegion shapeRegion(const QList<RoundedRect>& parts, double scale) {
     QRegion region;
     for (const RoundedRect& part : parts) {
         QPainterPath path;
-        path.addRoundedRect(part.rect, part.radius, part.radius);
+        const QRectF pixels(part.rect.topLeft() * scale, part.rect.size() * scale);
+        path.addRoundedRect(pixels, part.radius * scale, part.radius * scale);
         region += QRegion(path.toFillPolygon().toPolygon());
     }
     return region;

@@ -18,7 +18,7 @@ struct RoundedRect {
 /// What a view says that its panel consists of: objects with x, y, width, height and radius. Parts without a size are left out.
 QList<RoundedRect> shapeParts(const QVariantList& parts);
 
-/// The whole points that the parts cover, as a window without a compositing manager is cut.
-QRegion shapeRegion(const QList<RoundedRect>& parts);
+/// The whole pixels that the parts cover, as a window without a compositing manager is cut; `scale`: pixels per point.
+QRegion shapeRegion(const QList<RoundedRect>& parts, double scale);
 
 } // namespace keldra

@@ -5,7 +5,6 @@
 #include "ui_kit/X11WindowManagement.h"
 
 #include <QDir>
-#include <QGuiApplication>
 #include <QQuickWindow>
 
 void qml_register_types_Keldra_UiKit();
@@ -67,7 +66,7 @@ void UiKit::chooseRenderer() {
 }
 
 void UiKit::refreshTheme() {
-    m_theme.setIsTranslucent(QGuiApplication::platformName() != QLatin1String("xcb") || hasCompositingManager());
+    m_theme.setIsTranslucent(hasCompositingManager());
 }
 
 } // namespace keldra
