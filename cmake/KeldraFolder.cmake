@@ -65,3 +65,17 @@ function(keldra_test name)
     add_test(NAME ${name} COMMAND ${target})
   endif()
 endfunction()
+
+# keldra_qml_module(NAME URI): the files in qml/ of a folder are a QML module, compiled in. Whoever uses it asks for its resources:
+# a static library brings only what is asked for.
+function(keldra_qml_module name uri)
+  string(REPLACE . / path ${uri})
+  set(directory ${CMAKE_SOURCE_DIR}/src/${name}/qml)
+  file(GLOB views CONFIGURE_DEPENDS ${directory}/*.qml)
+  foreach(view IN LISTS views)
+    get_filename_component(file ${view} NAME)
+    set_source_files_properties(${view} PROPERTIES QT_RESOURCE_ALIAS ${file})
+  endforeach()
+  qt_add_qml_module(keldra_${name} URI ${uri} VERSION 1.0 RESOURCE_PREFIX /qt/qml NO_PLUGIN QML_FILES ${views}
+    OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/qml/${path})
+endfunction()

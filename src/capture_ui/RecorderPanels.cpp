@@ -13,7 +13,7 @@ namespace {
 QString words(const char* text) { return QCoreApplication::translate("RecorderPanels", text); }
 
 QUrl view(const char* name) {
-    return QUrl(QStringLiteral("qrc:/qt/qml/Keldra/CaptureUi/qml/%1.qml").arg(QLatin1String(name)));
+    return QUrl(QStringLiteral("qrc:/qt/qml/Keldra/CaptureUi/%1.qml").arg(QLatin1String(name)));
 }
 
 QVariant object(QObject& model) { return QVariant::fromValue<QObject*>(&model); }

@@ -27,6 +27,7 @@ void WindowCoordinator::recordingStateChanged(RecordingState state) {
     updateSharingTypes(state);
     updateSelectionPreview(state, m_model.currentSelection());
     updateControlPanel(state);
+    updateWebcamPanel();
     updateSettingsPanel(state);
     updateCursorEffectsOverlay();
     updateRecordingTimerPanel(state);

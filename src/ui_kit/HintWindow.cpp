@@ -35,7 +35,7 @@ void HintWindow::load() {
     m_view->setFlags(Qt::ToolTip | Qt::FramelessWindowHint | Qt::WindowTransparentForInput |
                      Qt::WindowDoesNotAcceptFocus);
     m_view->setColor(Qt::transparent);
-    m_view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Keldra/UiKit/qml/HintView.qml")));
+    m_view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Keldra/UiKit/HintView.qml")));
     m_registration = std::make_unique<RegisteredWindow>(*m_view, m_kit.ownWindows(), QStringLiteral("hint"),
                                                         SharingType::readOnly);
 }
