@@ -30,8 +30,11 @@ public:
     QCoro::Task<> run(int seconds) override;
 
 private:
+    void tick(int number);
+
     const Parts m_parts;
     std::shared_ptr<CountdownView> m_view;
+    Timer m_animating;
 };
 
 } // namespace keldra

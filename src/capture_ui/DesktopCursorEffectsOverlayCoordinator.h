@@ -30,9 +30,13 @@ public:
     void setPaused(bool isPaused) override;
 
 private:
+    void cover();
+
     const Parts m_parts;
     bool m_isPaused = false;
     std::unique_ptr<CursorEffectsOverlayView> m_view;
+    Timer m_refreshing;
+    Timer m_covering;
 };
 
 } // namespace keldra

@@ -46,12 +46,12 @@ private:
     void open(CaptureMode mode, std::uint32_t preferredDisplayID);
     /// In a later turn: the overlay is not destroyed by its own event.
     void finish(std::optional<CaptureSelection> selection);
-    void close();
 
     const Parts m_parts;
     /// Until windows below what has just been hidden have painted themselves.
     Timer m_settling;
     std::unique_ptr<SelectionOverlayView> m_view;
+    Timer m_refreshing;
     Done m_done;
     std::shared_ptr<void> m_life = std::make_shared<bool>();
 };
