@@ -79,6 +79,12 @@ function(keldra_qml_module name uri)
     get_filename_component(file ${view} NAME)
     set_source_files_properties(${view} PROPERTIES QT_RESOURCE_ALIAS ${file})
   endforeach()
+  # Bindings as thin as ours are not worth the C++ that Qt would make of them.
+  set_target_properties(keldra_${name} PROPERTIES QT_QMLCACHEGEN_ARGUMENTS "--only-bytecode")
   qt_add_qml_module(keldra_${name} URI ${uri} VERSION 1.0 RESOURCE_PREFIX /qt/qml NO_PLUGIN QML_FILES ${views}
     OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/qml/${path})
+  # Qt adds all of src/, through which a folder could include whatever it likes.
+  get_target_property(directories keldra_${name} INCLUDE_DIRECTORIES)
+  list(REMOVE_ITEM directories ${CMAKE_CURRENT_SOURCE_DIR})
+  set_target_properties(keldra_${name} PROPERTIES INCLUDE_DIRECTORIES "${directories}")
 endfunction()
