@@ -18,11 +18,10 @@
 #include "platform/x11/X11ScaleFactor.h"
 #include "recording/RecordingPath.h"
 #include "services/QtHttpSession.h"
+#include "ui_kit/UiKit.h"
 
 #include <QApplication>
-#include <QDir>
 #include <QIcon>
-#include <QQuickWindow>
 #include <QRandomGenerator>
 
 #include <cstdio>
@@ -50,13 +49,6 @@ void nameApplication() {
     QGuiApplication::setDesktopFileName(QString::fromLatin1(identity::applicationID));
     QGuiApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/keldra.svg")));
     QGuiApplication::setQuitOnLastWindowClosed(false);
-}
-
-/// Panels are small and still; without a graphics card a software scene graph draws them with a tenth of the work.
-void chooseRenderer() {
-    const bool hasCard = !QDir(QStringLiteral("/dev/dri")).entryList({QStringLiteral("renderD*")}, QDir::System).isEmpty();
-    if (!hasCard && !qEnvironmentVariableIsSet("QT_QUICK_BACKEND"))
-        QQuickWindow::setGraphicsApi(QSGRendererInterface::Software);
 }
 
 QStringList limitations() {
@@ -102,7 +94,7 @@ private:
                 [this, platform] {
                     return makeRecorderModel({platform, m_application, m_telemetry, *m_scheduler, m_mainQueue});
                 },
-                [this, platform](AppModel& model) { return makeCaptureWindows(model, platform, m_mainQueue); },
+                [this, platform](AppModel& model) { return makeCaptureWindows(model, platform, *m_scheduler, m_mainQueue); },
                 [](StatusItemController::Closures closures) {
                     return std::make_shared<StatusItemController>(std::move(closures));
                 },
@@ -139,7 +131,7 @@ int runAgent(int& argc, char** argv, const AgentRequest& request, AnalyticsAccou
     const auto scale = readScaleFactor();
     if (!scale)
         return failToStart(scale.error());
-    chooseRenderer();
+    UiKit::chooseRenderer();
     std::optional<DesktopScale> forQt;
     if (*scale)
         forQt.emplace(**scale);

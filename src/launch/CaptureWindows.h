@@ -7,7 +7,8 @@
 
 namespace keldra {
 
-/// The panels and overlays of the recorder on this desktop. Model and `mainQueue` live longer.
-std::unique_ptr<RecorderWindows> makeCaptureWindows(AppModel& model, const Platform& platform, Executor& mainQueue);
+/// The panels and overlays of the recorder on this desktop. What is borrowed lives longer.
+std::unique_ptr<RecorderWindows> makeCaptureWindows(AppModel& model, const Platform& platform, Scheduler& scheduler,
+                                                    Executor& mainQueue);
 
 } // namespace keldra
