@@ -114,7 +114,7 @@ TEST_F(QtDialogsTest, AFolderIsChosen) {
     EXPECT_EQ(dialog->windowTitle(), "Recording folder");
     EXPECT_EQ(dialog->labelText(QFileDialog::Accept), "Select");
     EXPECT_EQ(dialog->directory().absolutePath(), folder.path());
-    dialog->done(QDialog::Accepted);
+    static_cast<QDialog*>(dialog)->accept();
     ASSERT_TRUE(answer.wait());
     EXPECT_EQ(answer.value->value_or(std::nullopt), url);
 }
