@@ -3,6 +3,7 @@
 #include "ui_kit/DesktopCoordinates.h"
 
 #include <QGuiApplication>
+#include <QScreen>
 #include <QWindow>
 
 namespace keldra {
