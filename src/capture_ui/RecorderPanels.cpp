@@ -7,6 +7,12 @@
 
 void qml_register_types_Keldra_CaptureUi();
 
+/// Static libraries bring their resources only to those who ask, and those must not stand in a namespace.
+static void bringResources() {
+    Q_INIT_RESOURCE(qmlcache_keldra_capture_ui);
+    qml_register_types_Keldra_CaptureUi();
+}
+
 namespace keldra {
 namespace {
 
@@ -20,8 +26,7 @@ QVariant object(QObject& model) { return QVariant::fromValue<QObject*>(&model); 
 
 void registerTypes() {
     static const bool isDone = [] {
-        // Static libraries bring their resources only to those who ask.
-        qml_register_types_Keldra_CaptureUi();
+        bringResources();
         qmlRegisterType<CameraPreview>("Keldra.CaptureUi", 1, 0, "CameraPreview");
         qRegisterMetaType<SliderValue>();
         qRegisterMetaType<DeviceChoice>();

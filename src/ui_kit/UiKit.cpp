@@ -9,15 +9,12 @@
 
 void qml_register_types_Keldra_UiKit();
 
-namespace {
-
-/// Static libraries bring their resources only to those who ask.
-void bringResources() {
+/// Static libraries bring their resources only to those who ask, and those must not stand in a namespace.
+static void bringResources() {
     Q_INIT_RESOURCE(icons);
+    Q_INIT_RESOURCE(qmlcache_keldra_ui_kit);
     qml_register_types_Keldra_UiKit();
 }
-
-} // namespace
 
 namespace keldra {
 namespace {

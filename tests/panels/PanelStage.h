@@ -13,6 +13,10 @@ namespace keldra::testing {
 /// The recorder's real panels over a scripted desktop, in any moment that a test can name.
 class PanelStage : public AppWorld {
 public:
+    using AppWorld::model;
+    using AppWorld::screens;
+    using AppWorld::time;
+
     PanelStage() {
         devices->cameras.devices = {{"cam-a", "Integrated Camera"}, {"cam-b", "Studio Camera 4K"}};
         devices->cameras.defaultID = "cam-a";

@@ -82,7 +82,8 @@ TEST_P(Coordinates, TheWholeDesktopIsAllItsPixels) {
     for (const QRect& root : roots) {
         whole |= root;
         Screen screen;
-        screen.frame = QRectF(points(root.topLeft()) - QPointF(0, root.height() / factor), QSizeF(root.size()) / factor);
+        screen.frame =
+            QRectF(points(root.topLeft()) - QPointF(0, root.height() / factor), QSizeF(root.size()) / factor);
         screens.append(screen);
     }
     EXPECT_EQ(coordinates->toRoot(unionOfFrames(screens)), whole);
