@@ -1,10 +1,10 @@
 #include "async/MainScheduler.h"
 #include "desktop/Waiting.h"
 #include "doubles/ChildProcess.h"
+#include "platform/qt/BusCall.h"
 #include "platform/qt/DBusRunningApplications.h"
 
 #include <QDBusMessage>
-#include <QDBusPendingCall>
 
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -13,15 +13,14 @@ namespace keldra {
 namespace {
 
 using test::Answer;
-using test::runUntil;
 
 const BusIdentity identity{"com.example.Recorder", "com.example.Earlier"};
 
 /// A copy of the program with a connection of its own, and what it was asked.
 struct Copy {
-    explicit Copy(const QString& name, const BusIdentity& who = identity)
-        : bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, name))
-        , name(name)
+    explicit Copy(const QString& connection, const BusIdentity& who = identity)
+        : bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, connection))
+        , name(connection)
         , applications(bus, who, scheduler) {}
     ~Copy() { QDBusConnection::disconnectFromBus(name); }
 
@@ -99,9 +98,10 @@ TEST(DBusRunningApplicationsTest, AnswerTheDesktopAndRefuseNonsense) {
     const auto send = [&](const QString& interface, const QString& method, const QVariantList& arguments) {
         auto call = QDBusMessage::createMethodCall(identity.name, "/com/example/Recorder", interface, method);
         call.setArguments(arguments);
-        const QDBusPendingCall pending = asking.bus.asyncCall(call);
-        EXPECT_TRUE(runUntil([&] { return pending.isFinished(); }));
-        return !pending.isError();
+        Answer<Result<QDBusMessage>> answer;
+        callBus(asking.bus, call, test::deadline, answer.taker());
+        EXPECT_TRUE(answer.wait());
+        return answer.value->has_value();
     };
     const QString application = "org.freedesktop.Application";
     const QVariantMap nothing;
