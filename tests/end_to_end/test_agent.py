@@ -1,12 +1,11 @@
 """Starts and ends of the desktop agent."""
-import pathlib
 import signal
 import subprocess
 import tempfile
 import unittest
 
-from agent import Agent, Home, owner
-from harness import DEADLINE, until
+from agent import Agent, Home, owner, record_display, windows
+from harness import plays, probe, until
 
 
 def can_trace():
@@ -14,13 +13,15 @@ def can_trace():
     return subprocess.run(["strace", "-f", "-qq", "-o", "/dev/null", "true"]).returncode == 0
 
 
-class AgentTest(unittest.TestCase):
+class AgentTestCase(unittest.TestCase):
     def setUp(self):
         self.home = self.enterContext(Home())
 
     def start(self, *arguments, **options):
         return self.enterContext(Agent(self.home, *arguments, **options))
 
+
+class AgentTest(AgentTestCase):
     def test_it_starts_and_ends_at_a_signal(self):
         for number in signal.SIGTERM, signal.SIGINT:
             status, _, err = self.start().is_found().end(number)
@@ -67,6 +68,59 @@ class AgentTest(unittest.TestCase):
             calls = trace.read()
         self.assertIn("AF_UNIX", calls)
         self.assertNotIn("AF_INET", calls)
+
+    def test_a_recording_that_could_not_be_finished_is_offered_once(self):
+        folder = self.home.data / "KELDRA/RecordingRecovery"
+        folder.mkdir(parents=True)
+        (folder / "KELDRA-2026-01-01-00-00-00.mov").write_bytes(b"what was recorded")
+        for is_offered in True, False:
+            agent = self.start().is_found()
+            until(lambda: "KELDRA" in windows(), "control panel")
+            if is_offered:
+                until(lambda: "Notice" in windows(), "notice")
+            else:
+                self.assertNotIn("Notice", windows())
+            agent.end()
+
+
+class RecordingAgentTest(AgentTestCase):
+    def setUp(self):
+        super().setUp()
+        self.agent = self.start().is_found()
+        self.file = record_display(self.home.recordings)
+
+    def assertWhole(self):
+        movies = list(self.home.recordings.iterdir())
+        self.assertEqual(movies, [self.file])
+        self.assertTrue(plays(self.file))
+        self.assertGreater(float(probe(self.file)[0]["duration"]), 0)
+        # An ordinary movie, no growing one, begins with its index or ends with it.
+        self.assertNotIn(b"moof", self.file.read_bytes())
+        self.assertFalse((self.home.data / "KELDRA/RecordingRecovery").exists())
+
+    def test_a_signal_finishes_the_recording_without_windows(self):
+        self.agent.process.send_signal(signal.SIGTERM)
+        until(lambda: not windows(), "empty screen")
+        status, _, err = self.agent.ended()
+        self.assertEqual((status, err), (0, ""))
+        self.assertWhole()
+
+    def test_two_signals_finish_it_too(self):
+        self.agent.process.send_signal(signal.SIGTERM)
+        self.agent.process.send_signal(signal.SIGINT)
+        self.assertEqual(self.agent.ended()[0], 0)
+        self.assertWhole()
+
+    def test_another_start_leaves_it_alone(self):
+        movie = self.home.path / "a movie.mov"
+        movie.write_bytes(b"")
+        for arguments in ((), (movie,)):
+            self.assertEqual(self.start(*arguments).ended()[0], 0)
+        self.assertIsNone(self.agent.process.poll())
+        self.assertEqual(owner(), self.agent.process.pid)
+        self.assertIn("Recording time", windows())
+        self.assertEqual(self.agent.end()[0], 0)
+        self.assertWhole()
 
 
 if __name__ == "__main__":
