@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QString>
+#include <Qt>
 
 #include <functional>
 #include <memory>
@@ -19,6 +20,7 @@ struct WindowEvent {
     QString window;
     /// A Qt::Key; 0 for the mouse.
     int key = 0;
+    Qt::KeyboardModifiers modifiers{};
     friend bool operator==(const WindowEvent&, const WindowEvent&) = default;
 };
 

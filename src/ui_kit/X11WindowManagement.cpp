@@ -1,0 +1,154 @@
+#include "ui_kit/X11WindowManagement.h"
+
+#include "ui_kit/X11Session.h"
+
+#include <QEvent>
+#include <QWindow>
+
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <xcb/randr.h>
+#include <xcb/shape.h>
+
+namespace keldra {
+namespace {
+
+constexpr std::uint32_t allDesktops = 0xffffffff;
+
+/// Runs something each time the window is about to be shown: a window manager forgets states of hidden windows.
+class BeforeShowing final : public QObject {
+public:
+    BeforeShowing(QWindow& window, std::function<void(xcb_window_t)> work) : QObject(&window), m_work(std::move(work)) {
+        window.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject* watched, QEvent* event) override {
+        if (event->type() == QEvent::Show)
+            m_work(xcb_window_t(static_cast<QWindow*>(watched)->winId()));
+        return false;
+    }
+
+private:
+    std::function<void(xcb_window_t)> m_work;
+};
+
+void setNumbers(xcb_window_t window, const char* property, xcb_atom_t type, const std::vector<std::uint32_t>& values) {
+    xcb_change_property(x11::connection(), XCB_PROP_MODE_REPLACE, window, x11::atom(property), type, 32,
+                        std::uint32_t(values.size()), values.data());
+}
+
+} // namespace
+
+bool hasCompositingManager() {
+    xcb_connection_t* const x = x11::connection();
+    if (x == nullptr)
+        return true;
+    char* host = nullptr;
+    int display = 0, screen = 0;
+    if (xcb_parse_display(nullptr, &host, &display, &screen) != 0)
+        std::free(host);
+    const std::string selection = "_NET_WM_CM_S" + std::to_string(screen);
+    const x11::Ptr<xcb_get_selection_owner_reply_t> owner(
+        xcb_get_selection_owner_reply(x, xcb_get_selection_owner(x, x11::atom(selection.c_str())), nullptr));
+    return owner && owner->owner != XCB_WINDOW_NONE;
+}
+
+bool hasWindowManager() {
+    if (x11::connection() == nullptr)
+        return true;
+    const char* const property = "_NET_SUPPORTING_WM_CHECK";
+    const std::vector<std::uint32_t> window = x11::numbers(x11::root(), property);
+    // The property outlives a manager that ended badly; its window does not.
+    return !window.empty() && x11::numbers(window.front(), property) == window;
+}
+
+std::vector<QRect> rootRectsOfMonitors() {
+    xcb_connection_t* const x = x11::connection();
+    if (x == nullptr || !x11::hasExtension(xcb_randr_id))
+        return {};
+    const x11::Ptr<xcb_randr_get_monitors_reply_t> answer(
+        xcb_randr_get_monitors_reply(x, xcb_randr_get_monitors(x, x11::root(), 1), nullptr));
+    if (!answer)
+        return {};
+    std::vector<QRect> monitors;
+    for (auto each = xcb_randr_get_monitors_monitors_iterator(answer.get()); each.rem > 0;
+         xcb_randr_monitor_info_next(&each))
+        monitors.emplace_back(each.data->x, each.data->y, each.data->width, each.data->height);
+    return monitors;
+}
+
+void showOnAllDesktops(QWindow& window) {
+    if (x11::connection() != nullptr)
+        new BeforeShowing(window,
+                          [](xcb_window_t id) { setNumbers(id, "_NET_WM_DESKTOP", XCB_ATOM_CARDINAL, {allDesktops}); });
+}
+
+void keepOffTaskbar(QWindow& window) {
+    if (x11::connection() != nullptr)
+        // Qt adds its own states to those it finds.
+        new BeforeShowing(window, [](xcb_window_t id) {
+            setNumbers(id, "_NET_WM_STATE", XCB_ATOM_ATOM,
+                       {x11::atom("_NET_WM_STATE_SKIP_TASKBAR"), x11::atom("_NET_WM_STATE_SKIP_PAGER")});
+        });
+}
+
+bool placeInRoot(QWindow& window, const QRect& rootPixels) {
+    xcb_connection_t* const x = x11::connection();
+    if (x == nullptr || rootPixels.isEmpty())
+        return false;
+    const std::uint32_t values[] = {std::uint32_t(rootPixels.x()), std::uint32_t(rootPixels.y()),
+                                    std::uint32_t(rootPixels.width()), std::uint32_t(rootPixels.height())};
+    xcb_configure_window(x, xcb_window_t(window.winId()),
+                         XCB_CONFIG_WINDOW_X | XCB_CONFIG_WINDOW_Y | XCB_CONFIG_WINDOW_WIDTH | XCB_CONFIG_WINDOW_HEIGHT,
+                         values);
+    xcb_flush(x);
+    return true;
+}
+
+void cutToShape(QWindow& window, const QRegion& pixels) {
+    xcb_connection_t* const x = x11::connection();
+    if (x == nullptr || !x11::hasExtension(xcb_shape_id))
+        return;
+    std::vector<xcb_rectangle_t> rects;
+    rects.reserve(std::size_t(pixels.rectCount()));
+    for (const QRect& rect : pixels)
+        rects.push_back({std::int16_t(rect.x()), std::int16_t(rect.y()), std::uint16_t(rect.width()),
+                         std::uint16_t(rect.height())});
+    // A QRegion's rectangles are sorted this way.
+    xcb_shape_rectangles(x, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_YX_BANDED,
+                         xcb_window_t(window.winId()), 0, 0, std::uint32_t(rects.size()), rects.data());
+    xcb_flush(x);
+}
+
+QImage takeScreenshot(const QRect& rootPixels) {
+    xcb_connection_t* const x = x11::connection();
+    if (x == nullptr)
+        return {};
+    const xcb_window_t root = x11::root();
+    // What the connection was told at its beginning may have changed.
+    const x11::Ptr<xcb_get_geometry_reply_t> whole(xcb_get_geometry_reply(x, xcb_get_geometry(x, root), nullptr));
+    const QRect inside = whole ? rootPixels & QRect(0, 0, whole->width, whole->height) : QRect();
+    if (inside.isEmpty())
+        return {};
+    const x11::Ptr<xcb_get_image_reply_t> answer(xcb_get_image_reply(
+        x,
+        xcb_get_image(x, XCB_IMAGE_FORMAT_Z_PIXMAP, root, std::int16_t(inside.x()), std::int16_t(inside.y()),
+                      std::uint16_t(inside.width()), std::uint16_t(inside.height()), ~0U),
+        nullptr));
+    const std::size_t rowBytes = std::size_t(inside.width()) * 4;
+    if (!answer || (answer->depth != 24 && answer->depth != 32) ||
+        std::size_t(xcb_get_image_data_length(answer.get())) < rowBytes * std::size_t(inside.height()))
+        return {};
+    QImage image(rootPixels.size(), QImage::Format_RGB32);
+    image.fill(Qt::black);
+    const QPoint place = inside.topLeft() - rootPixels.topLeft();
+    const std::uint8_t* row = xcb_get_image_data(answer.get());
+    for (int y = 0; y < inside.height(); ++y, row += rowBytes)
+        std::memcpy(image.scanLine(place.y() + y) + place.x() * 4, row, rowBytes);
+    return image;
+}
+
+} // namespace keldra

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QImage>
+#include <QRect>
+#include <QRegion>
+
+#include <vector>
+
+class QWindow;
+
+namespace keldra {
+
+/// What Qt has no word for on X11. On other desktops nothing here does anything, and the questions answer as said.
+/// Main thread.
+
+/// Whether windows can let what is below shine through; true elsewhere.
+bool hasCompositingManager();
+/// Whether somebody places and stacks windows; true elsewhere.
+bool hasWindowManager();
+/// All monitors, root pixels; empty elsewhere.
+std::vector<QRect> rootRectsOfMonitors();
+
+/// From its next showing on, the window is on every virtual desktop.
+void showOnAllDesktops(QWindow& window);
+/// From its next showing on, neither taskbar nor pager list the window.
+void keepOffTaskbar(QWindow& window);
+
+/// Moves the window to exactly these pixels, which Qt's rounded units may not be able to say. It may be hidden.
+/// Answers whether it did.
+bool placeInRoot(QWindow& window, const QRect& rootPixels);
+/// Cuts the window out along that region, in pixels from its upper left corner; nothing of an empty region shows.
+void cutToShape(QWindow& window, const QRegion& pixels);
+/// What that part of the screen shows now, without the pointer; null elsewhere, or when the server does not answer.
+QImage takeScreenshot(const QRect& rootPixels);
+
+} // namespace keldra
