@@ -1,4 +1,5 @@
 """A recording that is killed, and what is left of it: shared by the test and the soak."""
+import contextlib
 import os
 import pathlib
 import time
@@ -46,7 +47,11 @@ class KilledTake:
 
     def _has_copy(self, pid):
         """Whether that process writes a file without a name beside the take."""
-        links = [os.readlink(each) for each in pathlib.Path(f"/proc/{pid}/fd").glob("*")]
+        links = []
+        for each in pathlib.Path(f"/proc/{pid}/fd").glob("*"):
+            # It may be closed by now.
+            with contextlib.suppress(OSError):
+                links.append(os.readlink(each))
         return any(link.startswith(f"{self.path.parent}/#") for link in links)
 
     def _judge(self, scene, clicks):
