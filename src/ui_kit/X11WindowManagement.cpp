@@ -45,8 +45,11 @@ bool hasCompositingManager() {
     xcb_connection_t* const x = x11::connection();
     if (x == nullptr)
         return true;
+    char* host = nullptr;
+    int display = 0;
     int screen = 0;
-    xcb_parse_display(nullptr, nullptr, nullptr, &screen);
+    if (xcb_parse_display(nullptr, &host, &display, &screen) != 0)
+        std::free(host);
     const std::string selection = "_NET_WM_CM_S" + std::to_string(screen);
     const x11::Ptr<xcb_get_selection_owner_reply_t> owner(
         xcb_get_selection_owner_reply(x, xcb_get_selection_owner(x, x11::atom(selection.c_str())), nullptr));
