@@ -6,7 +6,6 @@
 #include <QWindow>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -40,6 +39,17 @@ void setNumbers(xcb_window_t window, const char* property, xcb_atom_t type, cons
                         std::uint32_t(values.size()), values.data());
 }
 
+/// Qt asks window managers for sizes in steps of its own units, which need not add up to what is wanted.
+void allowEveryPixel(xcb_window_t window) {
+    constexpr std::uint32_t hasIncrement = 1 << 6;
+    constexpr std::uint32_t hasBaseSize = 1 << 8;
+    std::vector<std::uint32_t> hints = x11::numbers(window, "WM_NORMAL_HINTS");
+    if (hints.empty())
+        return;
+    hints.front() &= ~(hasIncrement | hasBaseSize);
+    setNumbers(window, "WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS, hints);
+}
+
 } // namespace
 
 bool hasCompositingManager() {
@@ -47,7 +57,8 @@ bool hasCompositingManager() {
     if (x == nullptr)
         return true;
     char* host = nullptr;
-    int display = 0, screen = 0;
+    int display = 0;
+    int screen = 0;
     if (xcb_parse_display(nullptr, &host, &display, &screen) != 0)
         std::free(host);
     const std::string selection = "_NET_WM_CM_S" + std::to_string(screen);
@@ -99,6 +110,7 @@ bool placeInRoot(QWindow& window, const QRect& rootPixels) {
     xcb_connection_t* const x = x11::connection();
     if (x == nullptr || rootPixels.isEmpty())
         return false;
+    allowEveryPixel(xcb_window_t(window.winId()));
     const std::uint32_t values[] = {std::uint32_t(rootPixels.x()), std::uint32_t(rootPixels.y()),
                                     std::uint32_t(rootPixels.width()), std::uint32_t(rootPixels.height())};
     xcb_configure_window(x, xcb_window_t(window.winId()),
