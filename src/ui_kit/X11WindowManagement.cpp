@@ -6,6 +6,7 @@
 #include <QWindow>
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -45,8 +46,12 @@ bool hasCompositingManager() {
     xcb_connection_t* const x = x11::connection();
     if (x == nullptr)
         return true;
+    char* host = nullptr;
+    int display = 0;
     int screen = 0;
-    xcb_parse_display(nullptr, nullptr, nullptr, &screen);
+    // It writes the first two, whether or not they are asked for.
+    if (xcb_parse_display(nullptr, &host, &display, &screen) != 0)
+        free(host);
     const std::string selection = "_NET_WM_CM_S" + std::to_string(screen);
     const x11::Ptr<xcb_get_selection_owner_reply_t> owner(
         xcb_get_selection_owner_reply(x, xcb_get_selection_owner(x, x11::atom(selection.c_str())), nullptr));
