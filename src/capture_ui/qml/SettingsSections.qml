@@ -7,7 +7,7 @@ Column {
 
     required property var panel
 
-    spacing: 9
+    spacing: 12
 
     Section {
         title: qsTr("Cursor")
