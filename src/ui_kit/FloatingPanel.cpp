@@ -189,6 +189,8 @@ void FloatingPanel::load() {
 
 void FloatingPanel::applyShape() {
     const double scale = m_view->devicePixelRatio();
+    // Along the cut there is no half covered pixel.
+    m_view->setColor(m_kit.theme().isTranslucent() ? QColor(Qt::transparent) : m_kit.theme().ground());
     if (m_kit.theme().isTranslucent()) {
         if (std::exchange(m_isCut, false))
             cutToShape(*m_view, QRect(QPoint(), (m_frame.size() * scale).toSize()));

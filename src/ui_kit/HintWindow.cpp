@@ -61,6 +61,7 @@ void HintWindow::place() {
     const QRect item(corner.toPoint(), m_item->size().toSize());
     m_view->setScreen(m_item->window()->screen());
     m_view->setGeometry({hintPosition(item, size, m_item->window()->screen()->availableGeometry()), size});
+    m_view->setColor(m_kit.theme().isTranslucent() ? QColor(Qt::transparent) : m_kit.theme().menuGround());
     if (!m_kit.theme().isTranslucent())
         cutToShape(*m_view, shapeRegion({{QRectF(QPointF(), size), root->property("radius").toDouble()}},
                                         m_view->devicePixelRatio()));

@@ -58,6 +58,8 @@ protected:
     QPointF offset(const ScriptedPanel* panel) const { return panel->place.topLeft() - panels.control->place.topLeft(); }
 
     PanelScript panels;
+    /// By editors.
+    QStringList told;
     OverlayScript overlays{time.mainQueue()};
     std::shared_ptr<ScriptedEvents> events = std::make_shared<ScriptedEvents>();
     std::unique_ptr<WindowCoordinator> coordinator;
@@ -89,7 +91,7 @@ TEST_F(WindowCoordination, ShowsWhatEachMomentAsksFor) {
              overlays.countdowns.holds = true;
              press();
          },
-         "", "settings", false, false},
+         "", "required", false, false},
         {"recording", [this] { overlays.countdowns.releaseAll(); }, "control webcam settings timer", "settings", true,
          false},
         {"settings away", [this] { model->setIsSettingsPresented(false); }, "control webcam timer", "settings", true, false},
@@ -269,7 +271,6 @@ TEST_F(WindowCoordination, ClicksElsewhereCloseTheSettings) {
 }
 
 TEST_F(WindowCoordination, OpensOneEditorAndReturns) {
-    QStringList told;
     QList<std::pair<QUrl, bool>> opened;
     std::function<void()> close;
     start([&](const QUrl& movie, bool hasLiveClickTrack, std::function<void()> closed) {

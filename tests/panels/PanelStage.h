@@ -13,9 +13,11 @@ namespace keldra::testing {
 /// The recorder's real panels over a scripted desktop, in any moment that a test can name.
 class PanelStage : public AppWorld {
 public:
+    using AppWorld::devices;
     using AppWorld::model;
     using AppWorld::screens;
     using AppWorld::time;
+    using AppWorld::workspace;
 
     PanelStage() {
         devices->cameras.devices = {{"cam-a", "Integrated Camera"}, {"cam-b", "Studio Camera 4K"}};

@@ -47,7 +47,8 @@ T.ComboBox {
     }
     contentItem: Label {
         leftPadding: 11
-        rightPadding: 30
+        rightPadding: 28
+        font.pixelSize: 12
         text: root.shownText
         color: root.enabled ? Theme.text : Theme.secondaryText
     }

@@ -63,8 +63,8 @@ Item {
                 Accessible.description: root.hint
                 Accessible.checkable: true
                 Accessible.checked: isCurrent
-                Keys.onReturnPressed: click()
-                Keys.onEnterPressed: click()
+                Keys.onReturnPressed: clicked()
+                Keys.onEnterPressed: clicked()
                 Keys.onLeftPressed: root.step(index, -1)
                 Keys.onRightPressed: root.step(index, 1)
                 onClicked: root.chosen(index)

@@ -10,7 +10,7 @@ T.AbstractButton {
     property bool isOn: false
     signal toggleRequested(bool isOn)
 
-    implicitHeight: 30
+    implicitHeight: 28
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
     Accessible.role: Accessible.CheckBox
@@ -18,8 +18,8 @@ T.AbstractButton {
     Accessible.description: hint
     Accessible.checkable: true
     Accessible.checked: isOn
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
     onClicked: toggleRequested(!isOn)
 
     property Hint hintShower: Hint {
