@@ -106,7 +106,9 @@ private:
                 [this, platform] {
                     return makeRecorderModel({platform, m_application, m_telemetry, *m_scheduler, m_mainQueue});
                 },
-                [this, platform](AppModel& model) { return makeCaptureWindows(model, platform, *m_scheduler, m_mainQueue); },
+                [this, platform](AppModel& model) {
+                    return makeCaptureWindows(model, platform, *m_scheduler, m_mainQueue);
+                },
                 [](StatusItemController::Closures closures) {
                     return std::make_shared<StatusItemController>(std::move(closures));
                 },

@@ -7,8 +7,8 @@
 
 namespace keldra {
 
-/// A Wayland session: its screens, as far as it tells of them, and our own windows' work. It tells of no windows, and of
-/// the pointer only over windows of ours; nothing of it can be recorded. Main thread, with a QGuiApplication;
+/// A Wayland session: its screens, as far as it tells of them, and our own windows' work. It tells of no windows, and
+/// of the pointer only over windows of ours; nothing of it can be recorded. Main thread, with a QGuiApplication;
 /// `mainQueue` must outlive all that the platform gives.
 Platform makeWaylandPlatform(std::shared_ptr<HostClock> clock, Executor& mainQueue);
 
