@@ -37,14 +37,14 @@ protected:
     }
     void mousePressEvent(QMouseEvent* event) override {
         QQuickView::mousePressEvent(event);
-        const bool isFree = !event->exclusiveGrabber(event->point(0));
         m_press.reset();
-        if (m_isMovable && isFree && event->button() == Qt::LeftButton)
+        if (m_isMovable && event->button() == Qt::LeftButton)
             m_press = Press{event->globalPosition().toPoint(), position()};
     }
     void mouseMoveEvent(QMouseEvent* event) override {
         QQuickView::mouseMoveEvent(event);
-        if (!m_press || !(event->buttons() & Qt::LeftButton))
+        // Only now it is known whether a control has taken the press.
+        if (!m_press || !(event->buttons() & Qt::LeftButton) || mouseGrabberItem() != nullptr)
             return;
         const QPoint offset = event->globalPosition().toPoint() - m_press->pointer;
         if (!m_isMoving && offset.manhattanLength() < QGuiApplication::styleHints()->startDragDistance())

@@ -62,9 +62,6 @@ void HintWindow::place() {
     m_view->setScreen(m_item->window()->screen());
     m_view->setGeometry({hintPosition(item, size, m_item->window()->screen()->availableGeometry()), size});
     m_view->setColor(m_kit.theme().isTranslucent() ? QColor(Qt::transparent) : m_kit.theme().menuGround());
-    if (!m_kit.theme().isTranslucent())
-        cutToShape(*m_view, shapeRegion({{QRectF(QPointF(), size), root->property("radius").toDouble()}},
-                                        m_view->devicePixelRatio()));
 }
 
 void HintWindow::hide(QQuickItem* item) {
