@@ -46,10 +46,11 @@ QPen roundPen(const QColor& color, double width) {
     return {color, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin};
 }
 
-/// Lets a white number be read on a white desktop.
+/// Lets a white number be read on a white desktop; it fades out towards its edge.
 void drawHalo(QPainter& painter, const QPainterPath& path) {
-    for (int ring = 9; ring >= 1; --ring)
-        painter.strokePath(path, roundPen(QColor(0, 0, 0, 14), roundingWidth + ring * 4.5));
+    constexpr int rings = 12;
+    for (int ring = rings; ring >= 1; --ring)
+        painter.strokePath(path, roundPen(QColor(0, 0, 0, 2 + 2 * (rings - ring)), roundingWidth + ring * 4.0));
 }
 
 void drawNumber(QPainter& painter, int number, QPointF centre, double scale, double opacity, bool hasHalo) {

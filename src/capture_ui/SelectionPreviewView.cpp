@@ -3,6 +3,7 @@
 #include "capture_ui/SelectionCandidates.h"
 #include "capture_ui/SelectionDrawing.h"
 #include "capture_ui/SelectionGeometry.h"
+#include "ui_kit/Palette.h"
 
 #include <QPainter>
 
@@ -11,10 +12,10 @@
 namespace keldra {
 namespace {
 
-/// Of the border where it alone is there: as much of it lies outside as its dark line reaches, and inside what a hand
-/// can take hold of.
-constexpr double bandOutside = 1.5;
-constexpr double bandInside = 4.5;
+/// The border where it alone is there: a hand can take hold of it, and it leaves the region's pixels but for a few.
+constexpr double bandOutside = 2;
+constexpr double bandInside = 4;
+constexpr double bandLineWidth = 2;
 
 /// The size label, and what sticks out of the rectangle.
 constexpr double decorationReach = 40;
@@ -123,11 +124,12 @@ QRectF SelectionPreviewView::decorated() const {
 
 void SelectionPreviewView::paint(QPainter& painter, const ViewSpace& space) {
     const QRectF selected = space.toView(m_interaction.region());
-    if (m_isTranslucent)
+    if (m_isTranslucent) {
         drawDim(painter, space.toView(m_bounds), selected);
-    else
+        drawSelectionBorder(painter, selected, BorderLine::dashed);
+    } else {
         paintBand(painter, selected);
-    drawSelectionBorder(painter, selected, BorderLine::dashed);
+    }
     if (m_mode == Mode::passive)
         return;
     drawCornerHandles(painter, selected);
@@ -138,7 +140,13 @@ void SelectionPreviewView::paint(QPainter& painter, const ViewSpace& space) {
 void SelectionPreviewView::paintBand(QPainter& painter, const QRectF& selected) const {
     // The shape cuts the rest away.
     painter.fillRect(selected.adjusted(-decorationReach, -decorationReach, decorationReach, decorationReach),
-                     QColor(0x17, 0x18, 0x1c));
+                     palette::opaqueGround);
+    QPen dashes(Qt::white, bandLineWidth, Qt::CustomDashLine, Qt::FlatCap, Qt::MiterJoin);
+    dashes.setDashPattern({4 / bandLineWidth, 4 / bandLineWidth});
+    painter.setBrush(Qt::NoBrush);
+    painter.setPen(dashes);
+    constexpr double middle = (bandInside - bandOutside) / 2;
+    painter.drawRect(selected.adjusted(middle, middle, -middle, -middle));
 }
 
 QPainterPath SelectionPreviewView::shape(const ViewSpace& space) const {

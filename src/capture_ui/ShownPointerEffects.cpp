@@ -2,7 +2,7 @@
 
 #include <QPainter>
 
-#include <algorithm>
+#include <utility>
 
 namespace keldra {
 namespace {
@@ -24,14 +24,21 @@ struct Ring {
     QColor color;
 };
 
-Ring ringOf(const PointerEffectCircle& circle, const ViewSpace& space) {
-    const QPointF centre = space.toView(circle.centre);
-    const bool hasLine = circle.lineWidth > 0;
-    QColor color = hasLine ? circle.outline : circle.fill;
-    color.setAlpha(255);
-    if (hasLine)
-        return {centre, circle.radius + circle.lineWidth / 2, circle.radius - circle.lineWidth / 2, color};
-    return {centre, circle.radius, circle.radius - plainLineWidth, color};
+std::vector<Ring> ringsOf(const std::vector<PointerEffectCircle>& circles, const ViewSpace& space) {
+    std::vector<Ring> rings;
+    bool hasPlain = false;
+    for (const PointerEffectCircle& circle : circles) {
+        const bool hasLine = circle.lineWidth > 0;
+        // All plain ones lie around the pointer, the largest first; one ring is enough to see where that is.
+        if (!hasLine && std::exchange(hasPlain, true))
+            continue;
+        QColor color = hasLine ? circle.outline : circle.fill;
+        color.setAlpha(255);
+        const double outer = circle.radius + circle.lineWidth / 2;
+        rings.push_back(
+            {space.toView(circle.centre), outer, outer - (hasLine ? circle.lineWidth : plainLineWidth), color});
+    }
+    return rings;
 }
 
 } // namespace
@@ -58,8 +65,7 @@ void ShownPointerEffects::paint(QPainter& painter, const ViewSpace& space) const
 
 void ShownPointerEffects::paintOutlines(QPainter& painter, const ViewSpace& space) const {
     painter.setBrush(Qt::NoBrush);
-    for (const PointerEffectCircle& circle : m_circles) {
-        const Ring ring = ringOf(circle, space);
+    for (const Ring& ring : ringsOf(m_circles, space)) {
         const double middle = (ring.outer + ring.inner) / 2;
         // Soft edges would mix with the ground that is not there: the shape cuts them off.
         painter.setPen(QPen(ring.color, ring.outer - ring.inner + 2 * margin));
@@ -69,8 +75,7 @@ void ShownPointerEffects::paintOutlines(QPainter& painter, const ViewSpace& spac
 
 QPainterPath ShownPointerEffects::outlines(const ViewSpace& space) const {
     QPainterPath path;
-    for (const PointerEffectCircle& circle : m_circles) {
-        const Ring ring = ringOf(circle, space);
+    for (const Ring& ring : ringsOf(m_circles, space)) {
         QPainterPath disc;
         disc.addEllipse(ring.centre, ring.outer, ring.outer);
         QPainterPath hole;

@@ -4,8 +4,8 @@
 
 namespace keldra {
 
-/// The colours of the program's own look; views have them through Theme. One accent, on dark grounds that let a little of
-/// the desktop through where a compositing manager allows it.
+/// The colours of the program's own look; views have them through Theme. One accent, on dark grounds that let a little
+/// of the desktop through where a compositing manager allows it.
 namespace palette {
 
 inline constexpr QColor ground{0x17, 0x18, 0x1c, 0xe4};

@@ -6,7 +6,6 @@
 #include <QWindow>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <functional>
 #include <string>
@@ -49,9 +48,8 @@ bool hasCompositingManager() {
     char* host = nullptr;
     int display = 0;
     int screen = 0;
-    // It writes the first two, whether or not they are asked for.
     if (xcb_parse_display(nullptr, &host, &display, &screen) != 0)
-        free(host);
+        std::free(host);
     const std::string selection = "_NET_WM_CM_S" + std::to_string(screen);
     const x11::Ptr<xcb_get_selection_owner_reply_t> owner(
         xcb_get_selection_owner_reply(x, xcb_get_selection_owner(x, x11::atom(selection.c_str())), nullptr));

@@ -18,6 +18,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using Answer = std::optional<std::optional<CaptureSelection>>;
+const Answer cancelled{std::in_place, std::nullopt};
 
 Screen screen(std::uint32_t number, const QRectF& frame) {
     return {number, QStringLiteral("Screen %1").arg(number), frame, frame, 1};
@@ -103,7 +104,7 @@ TEST_F(Selecting, EscapeAndAChangeOfMonitorsCancelEveryMode) {
             else
                 overlays.last().view->desktopChanged();
             time.settle();
-            EXPECT_EQ(answer, Answer(std::nullopt)) << mode;
+            EXPECT_EQ(answer, cancelled) << mode;
             EXPECT_FALSE(overlays.isAnyShown());
         }
 }
@@ -113,7 +114,7 @@ TEST_F(Selecting, NoScreenIsNoSelection) {
     Answer& answer = begin(coordinator->selectDisplay(1));
     EXPECT_FALSE(answer) << "never before the call returns";
     time.settle();
-    EXPECT_EQ(answer, Answer(std::nullopt));
+    EXPECT_EQ(answer, cancelled);
     EXPECT_TRUE(overlays.made.empty());
 }
 
@@ -121,7 +122,7 @@ TEST_F(Selecting, TheSecondOfTwoAtOnceWins) {
     Answer& first = begin(coordinator->selectRegion());
     Answer& second = begin(coordinator->selectDisplay(1));
     time.settle();
-    EXPECT_EQ(first, Answer(std::nullopt));
+    EXPECT_EQ(first, cancelled);
     EXPECT_FALSE(second);
     overlays.last().view->mousePressed({1200, 100});
     time.settle();

@@ -20,8 +20,8 @@ TEST(PreviewDragAt, CornersComeBeforeTheInside) {
                 {{100, 270}, move},      {{250, 350}, move}};
     for (const auto& [point, drag] : rows)
         EXPECT_EQ(previewDragAt(region, point), drag) << point.x() << "," << point.y();
-    EXPECT_EQ(previewDragAt({0, 0, 20, 20}, {10, 10}), none) << "between the corners of a very small region";
-    EXPECT_EQ(previewDragAt({0, 0, 16, 16}, {8, 9}), bottomLeft) << "the first of all that are near";
+    EXPECT_EQ(previewDragAt({0, 0, 20, 20}, {10, 10}), move);
+    EXPECT_EQ(previewDragAt({0, 0, 16, 16}, {8, 8.5}), bottomLeft) << "the first of all that are near";
 }
 
 struct Row {

@@ -142,7 +142,7 @@ TEST(DisplaySelecting, MarksThePreferredAndStaysOnAMiss) {
     EXPECT_EQ(interaction.selection(), CaptureSelection(DisplaySelection{1, "Screen 1"}));
 }
 
-TEST(Selecting, WhatIsOverStaysSo) {
+TEST(DisplaySelecting, WhatIsOverStaysSo) {
     SelectionInteraction interaction(CaptureMode::display, {desk, {}}, 1);
     interaction.cancel();
     interaction.press({20, 20});

@@ -24,6 +24,7 @@
 #include <QGuiApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QKeyEvent>
 #include <QPainter>
 #include <QRasterWindow>
 

@@ -1,5 +1,6 @@
-#include "ui_kit/HintWindow.h"
 #include "ui_kit/PanelShape.h"
+
+#include "ui_kit/HintWindow.h"
 #include "ui_kit/SymbolImage.h"
 
 #include <gtest/gtest.h>

@@ -24,7 +24,6 @@ T.Button {
     property Hint hintShower: Hint {
         target: root
         text: root.hint
-        isWanted: (root.hovered || root.visualFocus) && !root.down
     }
 
     background: Rectangle {

@@ -36,7 +36,7 @@ T.ComboBox {
     property Hint hintShower: Hint {
         target: root
         text: root.hint
-        isWanted: (root.hovered || root.visualFocus) && !root.pressed && !root.popup.visible
+        isForPointer: false
     }
 
     background: Rectangle {

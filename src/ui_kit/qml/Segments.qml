@@ -71,7 +71,6 @@ Item {
                 property Hint hintShower: Hint {
                     target: choice
                     text: root.hint
-                    isWanted: (choice.hovered || choice.visualFocus) && !choice.down
                 }
                 contentItem: Label {
                     leftPadding: 4

@@ -25,7 +25,7 @@ T.AbstractButton {
     property Hint hintShower: Hint {
         target: root
         text: root.hint
-        isWanted: (root.hovered && root.hint !== root.text || root.visualFocus) && !root.down
+        isForPointer: root.hint !== root.text
     }
 
     contentItem: Item {
