@@ -1,6 +1,8 @@
-# What is installed where, and the Debian package. `cmake --install build/release`, or `cpack` in build/release.
+# What is installed where, and the Debian package: `cmake --install build/release`, or `cpack` in build/release, when the
+# target keldra is built. Tests and benches need not be.
 
 include(GNUInstallDirs)
+set(CMAKE_SKIP_INSTALL_ALL_DEPENDENCY ON)
 
 set(KELDRA_LICENSE GPL-3.0-or-later)
 # Of the newest entry of the metainfo; a release sets it.

@@ -16,8 +16,8 @@ std::optional<QUrl> takeUntoldKeptRecording(const QString& recoveryFolder, const
                                             AppPreferences& preferences) {
     qint64 newest = preferences.value(preferenceKeys::toldOfKeptRecording).toLongLong();
     std::optional<QUrl> found;
-    for (const QFileInfo& take : takesIn(recoveryFolder, QStringLiteral("*.mov")) +
-                                     takesIn(outputFolder, QStringLiteral(".recovered-*.mov"))) {
+    for (const QFileInfo& take :
+         takesIn(recoveryFolder, QStringLiteral("*.mov")) + takesIn(outputFolder, QStringLiteral(".recovered-*.mov"))) {
         const qint64 written = take.lastModified().toMSecsSinceEpoch();
         if (written <= newest || take.size() == 0)
             continue;

@@ -5,7 +5,9 @@
 
 namespace keldra {
 
-CameraPreview::CameraPreview(QQuickItem* parent) : QQuickPaintedItem(parent) { setOpaquePainting(false); }
+CameraPreview::CameraPreview(QQuickItem* parent) : QQuickPaintedItem(parent) {
+    setOpaquePainting(false);
+}
 
 void CameraPreview::setFeed(CameraPreviewFeed* feed) {
     if (m_feed == feed)

@@ -9,8 +9,8 @@
 
 namespace keldra {
 
-/// The camera's pictures for whoever shows them: looks for a new one while the camera runs and somebody watches, and tells only when
-/// there is one. Main thread.
+/// The camera's pictures for whoever shows them: looks for a new one while the camera runs and somebody watches, and
+/// tells only when there is one. Main thread.
 class CameraPreviewFeed : public QObject {
     Q_OBJECT
     Q_PROPERTY(bool isWatched READ isWatched WRITE setIsWatched NOTIFY isWatchedChanged)

@@ -44,7 +44,9 @@ bool ControlPanelModel::isRecordEnabled() const {
     return true;
 }
 
-bool ControlPanelModel::isReady() const { return m_model.canChangeSettings() && m_model.currentSelection(); }
+bool ControlPanelModel::isReady() const {
+    return m_model.canChangeSettings() && m_model.currentSelection();
+}
 
 bool ControlPanelModel::areModesLive() const {
     switch (m_model.recordingState()) {
@@ -74,7 +76,9 @@ QString ControlPanelModel::microphoneSymbol() const {
     return isMicrophoneOn() ? QStringLiteral("mic") : QStringLiteral("mic.slash");
 }
 
-double ControlPanelModel::microphoneLevel() const { return isMicrophoneOn() ? m_model.microphoneLevel() : 0; }
+double ControlPanelModel::microphoneLevel() const {
+    return isMicrophoneOn() ? m_model.microphoneLevel() : 0;
+}
 
 void ControlPanelModel::record() {
     // A press may be on its way while the button becomes disabled.

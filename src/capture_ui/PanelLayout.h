@@ -37,16 +37,16 @@ QSizeF webcamPanelSize(CameraOverlaySize size, int cameraPreviewHeight);
 QPointF firstControlOrigin(const QList<Screen>& screens);
 QPointF firstWebcamOrigin(QPointF controlOrigin);
 
-/// The origin that keeps `frame` within the usable part of the screen it touches, else of the main screen. What is larger than
-/// the screen keeps to its lower left corner.
+/// The origin that keeps `frame` within the usable part of the screen it touches, else of the main screen. What is
+/// larger than the screen keeps to its lower left corner.
 QPointF clampToScreen(const QRectF& frame, const QList<Screen>& screens);
 
-/// Where a companion of the control panel stands: at the offset; mirrored below the control panel where there is no room above;
-/// never beside the screen.
+/// Where a companion of the control panel stands: at the offset; mirrored below the control panel where there is no
+/// room above; never beside the screen.
 QPointF companionOrigin(QPointF controlOrigin, QPointF offset, QSizeF size, const QList<Screen>& screens);
 
-/// The settings panel; where the screen has no room for all of it, a part of it that scrolls, with a notice above it or below
-/// the control panel.
+/// The settings panel; where the screen has no room for all of it, a part of it that scrolls, with a notice above it or
+/// below the control panel.
 QRectF settingsFrame(QPointF controlOrigin, const QList<Screen>& screens);
 
 struct NoticeSurroundings {

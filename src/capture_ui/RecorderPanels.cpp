@@ -16,13 +16,17 @@ static void bringResources() {
 namespace keldra {
 namespace {
 
-QString words(const char* text) { return QCoreApplication::translate("RecorderPanels", text); }
+QString words(const char* text) {
+    return QCoreApplication::translate("RecorderPanels", text);
+}
 
 QUrl view(const char* name) {
     return QUrl(QStringLiteral("qrc:/qt/qml/Keldra/CaptureUi/%1.qml").arg(QLatin1String(name)));
 }
 
-QVariant object(QObject& model) { return QVariant::fromValue<QObject*>(&model); }
+QVariant object(QObject& model) {
+    return QVariant::fromValue<QObject*>(&model);
+}
 
 void registerTypes() {
     static const bool isDone = [] {
@@ -42,10 +46,10 @@ QList<PanelConfiguration> configurations(RecorderViewModels& models) {
     webcam.insert(QStringLiteral("status"), object(models.status));
 
     QList<PanelConfiguration> all{
-        {QStringLiteral("control-panel"), words(QT_TRANSLATE_NOOP("RecorderPanels", "KELDRA")), view("ControlPanelView"),
-         of(models.control)},
-        {QStringLiteral("webcam-panel"), words(QT_TRANSLATE_NOOP("RecorderPanels", "Camera")), view("WebcamOverlayView"),
-         webcam},
+        {QStringLiteral("control-panel"), words(QT_TRANSLATE_NOOP("RecorderPanels", "KELDRA")),
+         view("ControlPanelView"), of(models.control)},
+        {QStringLiteral("webcam-panel"), words(QT_TRANSLATE_NOOP("RecorderPanels", "Camera")),
+         view("WebcamOverlayView"), webcam},
         {QLatin1String(settingsPanelIdentifier), words(QT_TRANSLATE_NOOP("RecorderPanels", "Settings")),
          view("SettingsPanelView"), of(models.settings)},
         {QStringLiteral("close-confirmation"), words(QT_TRANSLATE_NOOP("RecorderPanels", "Quit")),
@@ -60,21 +64,21 @@ QList<PanelConfiguration> configurations(RecorderViewModels& models) {
          view("PostRecordingActionsView"), status},
     };
     for (PanelConfiguration& each : all) {
-        each.isMovable = each.identifier != QLatin1String("selection-required") &&
-                         each.identifier != QLatin1String("notice") &&
-                         each.identifier != QLatin1String("recording-timer") &&
-                         each.identifier != QLatin1String("post-recording");
+        each.isMovable =
+            each.identifier != QLatin1String("selection-required") && each.identifier != QLatin1String("notice") &&
+            each.identifier != QLatin1String("recording-timer") && each.identifier != QLatin1String("post-recording");
         each.ignoresMouse = each.identifier == QLatin1String("recording-timer");
         // The camera is what recordings are to see; a question must be asked, whoever sees it.
-        each.mayBeRecorded = each.identifier == QLatin1String("webcam-panel") ||
-                             each.identifier == QLatin1String("close-confirmation");
+        each.mayBeRecorded =
+            each.identifier == QLatin1String("webcam-panel") || each.identifier == QLatin1String("close-confirmation");
     }
     return all;
 }
 
 } // namespace
 
-RecorderViewModels::RecorderViewModels(AppModel& model, Scheduler& scheduler, std::shared_ptr<const Workspace> workspace)
+RecorderViewModels::RecorderViewModels(AppModel& model, Scheduler& scheduler,
+                                       std::shared_ptr<const Workspace> workspace)
     : control(model), settings(model), notice(model, std::move(workspace)), status(model), webcam(model, scheduler) {}
 
 PanelConfiguration panelConfiguration(const QString& identifier, RecorderViewModels& models) {

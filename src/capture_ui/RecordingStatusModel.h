@@ -8,8 +8,8 @@
 
 namespace keldra {
 
-/// How long the recording is, and what is asked about it: for the timer, the panels that ask something, and the one that offers a
-/// finished recording. Main thread.
+/// How long the recording is, and what is asked about it: for the timer, the panels that ask something, and the one
+/// that offers a finished recording. Main thread.
 class RecordingStatusModel : public QObject {
     Q_OBJECT
     Q_PROPERTY(QString elapsed READ elapsed NOTIFY elapsedChanged)

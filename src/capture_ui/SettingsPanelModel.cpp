@@ -55,9 +55,13 @@ int SettingsPanelModel::countdown() const {
                             std::begin(countdowns));
 }
 
-QString SettingsPanelModel::folderName() const { return keldra::folderName(folderPath()); }
+QString SettingsPanelModel::folderName() const {
+    return keldra::folderName(folderPath());
+}
 
-QString SettingsPanelModel::folderPath() const { return m_model.outputDirectoryURL().toLocalFile(); }
+QString SettingsPanelModel::folderPath() const {
+    return m_model.outputDirectoryURL().toLocalFile();
+}
 
 void SettingsPanelModel::setClickSoundStyle(int style) {
     m_model.setClickSoundStyle(static_cast<ClickSoundStyle>(style));
@@ -68,7 +72,9 @@ void SettingsPanelModel::setCountdown(int choice) {
         m_model.setCountdownDuration(countdowns[choice]);
 }
 
-void SettingsPanelModel::setQuality(int choice) { m_model.setRecordingQuality(static_cast<RecordingQuality>(choice)); }
+void SettingsPanelModel::setQuality(int choice) {
+    m_model.setRecordingQuality(static_cast<RecordingQuality>(choice));
+}
 
 void SettingsPanelModel::openVideo() {
     if (const auto open = m_model.windows().openVideoPicker)

@@ -21,10 +21,11 @@ QPixmap draw(int size) {
     QPixmap picture(size, size);
     picture.fill(Qt::transparent);
     QPainter painter(&picture);
-    const double rim = size / 32.0;
-    painter.setOpacity(0.4);
-    for (const QPointF& offset : {QPointF(-rim, 0), QPointF(rim, 0), QPointF(0, -rim), QPointF(0, rim)})
-        dark.render(&painter, whole.translated(offset));
+    const double rim = size / 28.0;
+    painter.setOpacity(0.6);
+    for (const double x : {-rim, rim})
+        for (const double y : {-rim, rim})
+            dark.render(&painter, whole.translated(x, y));
     painter.setOpacity(1);
     light.render(&painter, whole);
     return picture;

@@ -158,17 +158,23 @@ QCoro::Task<> WindowCoordinator::runCountdown() {
 }
 
 QCoro::Task<> WindowCoordinator::openVideoPicker() {
+    if (m_isPickingVideo)
+        co_return;
+    m_isPickingVideo = true;
     m_parts.panels.settings->orderOut();
     const QPointer<WindowCoordinator> alive(this);
-    const FileDialog dialog{tr("Choose a video to edit"), tr("Open"),
-                            {QStringLiteral("video/quicktime"), QStringLiteral("video/mp4"), QStringLiteral("video/*")}};
+    const FileDialog dialog{
+        tr("Choose a video to edit"),
+        tr("Open"),
+        {QStringLiteral("video/quicktime"), QStringLiteral("video/mp4"), QStringLiteral("video/*")}};
     const std::shared_ptr<Dialogs> dialogs = m_parts.dialogs;
-    const Result<std::optional<QUrl>> answer = co_await awaitCompletion<std::optional<QUrl>>(
-        [&](auto done) { dialogs->chooseFile(dialog, std::move(done)); });
+    const Result<std::optional<QUrl>> answer =
+        co_await awaitCompletion<std::optional<QUrl>>([&](auto done) { dialogs->chooseFile(dialog, std::move(done)); });
     if (!answer)
         logFailure("video dialog", answer.error());
     if (!alive)
         co_return;
+    m_isPickingVideo = false;
     updateSettingsPanel(m_model.recordingState());
     if (const std::optional<QUrl> movie = answer.value_or(std::nullopt))
         openEditor(*movie, false);

@@ -64,6 +64,8 @@ public:
     /// Puts everything on the screen that the model's state asks for, and gives the control panel the keyboard.
     void show();
     void hidePanels();
+    /// Brings back, after a change of monitors, what stood on one that is gone.
+    void screensChanged();
     QCoro::Task<> openVideoPicker();
     /// One editor at a time: one that is open comes to the front, whatever movie was asked for.
     void openEditor(const QUrl& movie, bool hasLiveClickTrack);
@@ -89,6 +91,8 @@ private:
     void recordingStateChanged(RecordingState state);
     void settingsPresentedChanged();
     void layoutPanels();
+    void placeCompanions();
+    void keepControlPanelOnScreen();
 
     void updateSharingTypes(RecordingState state);
     void updateControlPanel(RecordingState state);
@@ -117,6 +121,7 @@ private:
     EventMonitor::Watch m_settingsDismissMonitor;
     bool m_isHiddenFromMenuBar = false;
     bool m_isEditorPresented = false;
+    bool m_isPickingVideo = false;
 };
 
 } // namespace keldra

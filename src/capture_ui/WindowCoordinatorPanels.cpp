@@ -55,12 +55,25 @@ void WindowCoordinator::updateControlPanel(RecordingState state) {
         m_parts.panels.settings->orderOut();
         return;
     }
-    // The screen that it stood on may be gone.
-    const QList<Screen> all = screens();
-    const QRectF frame = control.frame();
-    if (std::none_of(all.begin(), all.end(), [&](const Screen& screen) { return screen.visibleFrame.intersects(frame); }))
-        control.setOrigin(panelLayout::clampToScreen(frame, all));
+    keepControlPanelOnScreen();
     control.orderFront();
+}
+
+/// The screen that it stood on may be gone.
+void WindowCoordinator::keepControlPanelOnScreen() {
+    const QList<Screen> all = screens();
+    const QRectF frame = m_parts.panels.control->frame();
+    if (std::none_of(all.begin(), all.end(),
+                     [&](const Screen& screen) { return screen.visibleFrame.intersects(frame); }))
+        m_parts.panels.control->setOrigin(panelLayout::clampToScreen(frame, all));
+}
+
+void WindowCoordinator::screensChanged() {
+    keepControlPanelOnScreen();
+    Panel& webcam = *m_parts.panels.webcam;
+    webcam.setOrigin(panelLayout::clampToScreen(webcam.frame(), screens()));
+    syncCameraOverlayState();
+    layoutPanels();
 }
 
 void WindowCoordinator::updateWebcamPanel() {
@@ -116,8 +129,7 @@ void WindowCoordinator::watchForDismissal() {
     m_settingsDismissMonitor = m_parts.events->watch(
         WindowEvent::Kind::mouseUp, [alive = QPointer<WindowCoordinator>(this)](const WindowEvent& event) {
             // A turn later, so that the click has its effect first.
-            if (alive && alive->m_model.isSettingsPresented() &&
-                event.window != QLatin1String(settingsPanelIdentifier))
+            if (alive && alive->m_model.isSettingsPresented() && event.window != QLatin1String(settingsPanelIdentifier))
                 alive->later([self = alive.data()] { self->m_model.setIsSettingsPresented(false); });
             return false;
         });
@@ -199,6 +211,10 @@ void WindowCoordinator::updateSelectionPreview(RecordingState state, const std::
 void WindowCoordinator::layoutPanels() {
     if (m_model.isSettingsPresented())
         m_model.setIsSettingsPresented(false);
+    placeCompanions();
+}
+
+void WindowCoordinator::placeCompanions() {
     const RecorderPanels& panels = m_parts.panels;
     if (m_model.isCloseConfirmationPresented())
         placeCompanion(*panels.closeConfirmation, panelLayout::closeConfirmationOffset,
@@ -216,8 +232,10 @@ void WindowCoordinator::layoutPanels() {
 
 QList<Panel*> WindowCoordinator::allPanels() const {
     const RecorderPanels& panels = m_parts.panels;
-    return {panels.control.get(),           panels.webcam.get(), panels.settings.get(),       panels.closeConfirmation.get(),
-            panels.selectionRequired.get(), panels.notice.get(), panels.recordingTimer.get(), panels.postRecording.get()};
+    return {panels.control.get(),           panels.webcam.get(),
+            panels.settings.get(),          panels.closeConfirmation.get(),
+            panels.selectionRequired.get(), panels.notice.get(),
+            panels.recordingTimer.get(),    panels.postRecording.get()};
 }
 
 QPointF WindowCoordinator::origin() const {

@@ -21,7 +21,10 @@
 #include "ui_kit/UiKit.h"
 
 #include <QApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QIcon>
+#include <QLibraryInfo>
 #include <QRandomGenerator>
 
 #include <cstdio>
@@ -35,9 +38,18 @@ int failToStart(const Error& error) {
     return 1;
 }
 
+bool canShowOnWayland() {
+    const QString plugins = QLibraryInfo::path(QLibraryInfo::PluginsPath) + QStringLiteral("/platforms");
+    const QDir runtime(qEnvironmentVariable("XDG_RUNTIME_DIR"));
+    const QString socket = qEnvironmentVariable("WAYLAND_DISPLAY", QStringLiteral("wayland-0"));
+    return QFileInfo::exists(runtime.absoluteFilePath(socket)) &&
+           !QDir(plugins).entryList({QStringLiteral("libqwayland*")}).isEmpty();
+}
+
 /// One for an X11 desktop; on Wayland Qt and the desktop settle it between themselves.
+/// Errors: there is no display, in one line that says what to do.
 Result<std::optional<double>> readScaleFactor() {
-    if (isWaylandSession())
+    if (isWaylandSession() && canShowOnWayland())
         return std::nullopt;
     TRY_LET(const double factor, readX11ScaleFactor(qEnvironmentVariable("QT_SCALE_FACTOR")));
     return factor;
@@ -95,7 +107,9 @@ private:
                 [this, platform] {
                     return makeRecorderModel({platform, m_application, m_telemetry, *m_scheduler, m_mainQueue});
                 },
-                [this, platform](AppModel& model) { return makeCaptureWindows(model, platform, *m_scheduler, m_mainQueue); },
+                [this, platform](AppModel& model) {
+                    return makeCaptureWindows(model, platform, *m_scheduler, m_mainQueue);
+                },
                 [](StatusItemController::Closures closures) {
                     return std::make_shared<StatusItemController>(std::move(closures));
                 },

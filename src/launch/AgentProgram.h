@@ -5,8 +5,8 @@
 
 namespace keldra {
 
-/// Runs the desktop agent to its end; answers the exit status. What keeps it from starting is told on standard error, in
-/// one line. Nothing of Qt is there yet.
+/// Runs the desktop agent to its end; answers the exit status. What keeps it from starting is told on standard error,
+/// in one line. Nothing of Qt is there yet.
 int runAgent(int& argc, char** argv, const AgentRequest& request, AnalyticsAccount account);
 
 } // namespace keldra

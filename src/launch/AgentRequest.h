@@ -17,8 +17,8 @@ struct AgentRequest {
     friend bool operator==(const AgentRequest&, const AgentRequest&) = default;
 };
 
-/// What these words (without the program's name) ask of the agent: nothing, "--open", or a file that is there, as a path
-/// seen from `folder` or as a URL. No answer for all others: they are for the command line.
+/// What these words (without the program's name) ask of the agent: nothing, "--open", or a file that is there, as a
+/// path seen from `folder` or as a URL. No answer for all others: they are for the command line.
 std::optional<AgentRequest> readAgentRequest(const QStringList& words, const QString& folder);
 
 } // namespace keldra

@@ -75,14 +75,14 @@ StatusItemController::Closures AppDelegate::statusItemClosures() {
 void AppDelegate::installOpenVideoCommand() {
     if (!m_parts.platform.events)
         return;
-    m_openVideoCommand =
-        m_parts.platform.events->watch(WindowEvent::Kind::keyDown, [this](const WindowEvent& event) {
-            // The desktop's dialogs keep their keys.
-            if (event.key != Qt::Key_O || event.modifiers != Qt::ControlModifier || event.window.isEmpty())
-                return false;
-            openVideoForEditing();
-            return true;
-        });
+    m_openVideoCommand = m_parts.platform.events->watch(WindowEvent::Kind::keyDown, [this](const WindowEvent& event) {
+        // The desktop's dialogs keep their keys, and are not seen below a selection that is under way.
+        if (event.window == u"selection-overlay" || event.key != Qt::Key_O || event.modifiers != Qt::ControlModifier ||
+            event.window.isEmpty())
+            return false;
+        openVideoForEditing();
+        return true;
+    });
 }
 
 void AppDelegate::startTelemetry() {

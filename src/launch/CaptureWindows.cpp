@@ -32,9 +32,8 @@ private:
     WindowCoordinator::Parts coordinatorParts(AppModel& model, const Platform& platform, Scheduler& scheduler,
                                               Executor& mainQueue) {
         const PointerEffectsMonitor& effects = *model.pointerEffectsMonitor();
-        auto effectsOverlay =
-            std::make_unique<DesktopCursorEffectsOverlayCoordinator>(DesktopCursorEffectsOverlayCoordinator::Parts{
-                platform.screens, m_overlays, effects, scheduler});
+        auto effectsOverlay = std::make_unique<DesktopCursorEffectsOverlayCoordinator>(
+            DesktopCursorEffectsOverlayCoordinator::Parts{platform.screens, m_overlays, effects, scheduler});
         auto selection = std::make_unique<DesktopSelectionCoordinator>(DesktopSelectionCoordinator::Parts{
             platform.screens, platform.windows, m_overlays, effects, *effectsOverlay, scheduler, mainQueue});
         auto preview = std::make_unique<DesktopSelectionPreviewCoordinator>(DesktopSelectionPreviewCoordinator::Parts{

@@ -25,8 +25,8 @@ QCoro::Task<bool> handOver(Applications applications, RunningApplication other, 
 }
 
 QCoro::Task<bool> hasGone(Applications applications, RunningApplication other, std::chrono::seconds patience) {
-    const Result<bool> gone = co_await awaitCompletion<bool>(
-        [&](auto done) { applications->waitForEnd(other, patience, std::move(done)); });
+    const Result<bool> gone =
+        co_await awaitCompletion<bool>([&](auto done) { applications->waitForEnd(other, patience, std::move(done)); });
     co_return gone.value_or(false);
 }
 

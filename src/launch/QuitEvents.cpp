@@ -8,12 +8,13 @@ namespace keldra {
 
 QuitEvents::QuitEvents(std::function<void()> onQuit) : m_onQuit(std::move(onQuit)) {
     qGuiApp->installEventFilter(this);
-    connect(qGuiApp, &QGuiApplication::commitDataRequest, this, [this](QSessionManager&) { m_onQuit(); },
-            Qt::DirectConnection);
+    connect(
+        qGuiApp, &QGuiApplication::commitDataRequest, this, [this](QSessionManager&) { m_onQuit(); },
+        Qt::DirectConnection);
     // Whoever starts the agent at login says so in the desktop's autostart.
-    connect(qGuiApp, &QGuiApplication::saveStateRequest, this, [](QSessionManager& session) {
-        session.setRestartHint(QSessionManager::RestartNever);
-    }, Qt::DirectConnection);
+    connect(
+        qGuiApp, &QGuiApplication::saveStateRequest, this,
+        [](QSessionManager& session) { session.setRestartHint(QSessionManager::RestartNever); }, Qt::DirectConnection);
 }
 
 bool QuitEvents::eventFilter(QObject* receiver, QEvent* event) {

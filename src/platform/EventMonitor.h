@@ -8,6 +8,9 @@
 
 namespace keldra {
 
+/// The property of a window's object that holds the window's identifier.
+inline constexpr char windowIdentifierProperty[] = "keldra.identifier";
+
 /// Something the user did in one of this program's windows.
 struct WindowEvent {
     enum class Kind {

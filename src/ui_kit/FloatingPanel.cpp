@@ -6,6 +6,7 @@
 #include "ui_kit/X11WindowManagement.h"
 
 #include <QGuiApplication>
+#include <QKeyEvent>
 #include <QQmlProperty>
 #include <QQuickItem>
 #include <QQuickView>
@@ -28,23 +29,24 @@ public:
 
 protected:
     bool event(QEvent* event) override {
-        // A panel leaves the screen when the model says so.
+        // A panel leaves the screen when the model says so; whoever closes it means Escape.
         if (event->type() == QEvent::Close) {
             event->ignore();
+            QCoreApplication::postEvent(this, new QKeyEvent(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier));
             return true;
         }
         return QQuickView::event(event);
     }
     void mousePressEvent(QMouseEvent* event) override {
         QQuickView::mousePressEvent(event);
-        const bool isFree = !event->exclusiveGrabber(event->point(0));
         m_press.reset();
-        if (m_isMovable && isFree && event->button() == Qt::LeftButton)
+        if (m_isMovable && event->button() == Qt::LeftButton)
             m_press = Press{event->globalPosition().toPoint(), position()};
     }
     void mouseMoveEvent(QMouseEvent* event) override {
         QQuickView::mouseMoveEvent(event);
-        if (!m_press || !(event->buttons() & Qt::LeftButton))
+        // Only now it is known whether a control has taken the press.
+        if (!m_press || !(event->buttons() & Qt::LeftButton) || mouseGrabberItem() != nullptr)
             return;
         const QPoint offset = event->globalPosition().toPoint() - m_press->pointer;
         if (!m_isMoving && offset.manhattanLength() < QGuiApplication::styleHints()->startDragDistance())
@@ -74,8 +76,9 @@ private:
 };
 
 FloatingPanel::FloatingPanel(PanelConfiguration configuration, UiKit& kit)
-    : m_configuration(std::move(configuration)), m_kit(kit),
-      m_view(std::make_unique<View>(kit.engine(), m_configuration.isMovable)) {
+    : m_configuration(std::move(configuration))
+    , m_kit(kit)
+    , m_view(std::make_unique<View>(kit.engine(), m_configuration.isMovable)) {
     Qt::WindowFlags flags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
     if (m_configuration.ignoresMouse)
         flags |= Qt::WindowTransparentForInput | Qt::WindowDoesNotAcceptFocus;
@@ -87,6 +90,10 @@ FloatingPanel::FloatingPanel(PanelConfiguration configuration, UiKit& kit)
                                                         SharingType::readOnly);
     connect(m_view.get(), &QWindow::xChanged, this, &FloatingPanel::noteMove);
     connect(m_view.get(), &QWindow::yChanged, this, &FloatingPanel::noteMove);
+    // Points count from the primary screen.
+    connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, &FloatingPanel::noteMove);
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, &FloatingPanel::noteMove);
+    connect(qGuiApp, &QGuiApplication::screenRemoved, this, &FloatingPanel::noteMove);
     connect(&kit.theme(), &Theme::isTranslucentChanged, this, &FloatingPanel::applyShape);
 }
 
@@ -117,9 +124,10 @@ void FloatingPanel::place(const QRectF& frame) {
 
 /// The user or the window manager has moved it.
 void FloatingPanel::noteMove() {
-    if (m_isPlacing)
+    const QPointF origin = DesktopCoordinates::current().toPoints(m_view->geometry()).topLeft();
+    if (m_isPlacing || m_frame.isEmpty() || origin == m_frame.topLeft())
         return;
-    m_frame.moveTopLeft(DesktopCoordinates::current().toPoints(m_view->geometry()).topLeft());
+    m_frame.moveTopLeft(origin);
     Q_EMIT moved();
 }
 
@@ -189,6 +197,8 @@ void FloatingPanel::load() {
 
 void FloatingPanel::applyShape() {
     const double scale = m_view->devicePixelRatio();
+    // Along the cut there is no half covered pixel.
+    m_view->setColor(m_kit.theme().isTranslucent() ? QColor(Qt::transparent) : m_kit.theme().ground());
     if (m_kit.theme().isTranslucent()) {
         if (std::exchange(m_isCut, false))
             cutToShape(*m_view, QRect(QPoint(), (m_frame.size() * scale).toSize()));

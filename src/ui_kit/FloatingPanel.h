@@ -29,11 +29,11 @@ struct PanelConfiguration {
 };
 
 /// A frameless window that floats above all others, on every desktop and off the taskbar, and shows one view. Without a
-/// compositing manager it is cut to the view's `outline` (parts as in shapeParts()), which is the whole window for a view that
-/// names none.
+/// compositing manager it is cut to the view's `outline` (parts as in shapeParts()), which is the whole window for a
+/// view that names none.
 ///
-/// On a desktop whose recordings see every window a panel that must not be seen stays off the screen while its sharing type is
-/// none.
+/// On a desktop whose recordings see every window a panel that must not be seen stays off the screen while its sharing
+/// type is none.
 class FloatingPanel final : public Panel {
     Q_OBJECT
 

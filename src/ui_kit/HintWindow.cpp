@@ -36,21 +36,28 @@ void HintWindow::load() {
                      Qt::WindowDoesNotAcceptFocus);
     m_view->setColor(Qt::transparent);
     m_view->setSource(QUrl(QStringLiteral("qrc:/qt/qml/Keldra/UiKit/HintView.qml")));
-    m_registration = std::make_unique<RegisteredWindow>(*m_view, m_kit.ownWindows(), QStringLiteral("hint"),
-                                                        SharingType::readOnly);
+    m_registration =
+        std::make_unique<RegisteredWindow>(*m_view, m_kit.ownWindows(), QStringLiteral("hint"), SharingType::readOnly);
 }
 
 void HintWindow::show(QQuickItem* item, const QString& text) {
-    if (!item || !item->window() || text.isEmpty())
+    if (!item || !item->window() || !item->window()->isVisible() || text.isEmpty())
         return;
     load();
+    disconnect(m_leaving);
     QQuickItem* root = m_view->rootObject();
     if (!root)
         return;
     m_item = item;
+    // Its window may leave without the pointer leaving it.
+    m_leaving = connect(item->window(), &QWindow::visibleChanged, m_view.get(), [this] { m_view->hide(); });
     root->setProperty("text", text);
     place();
     m_view->show();
+    // Not before: Qt makes another native window of it for its first showing.
+    if (!m_kit.theme().isTranslucent())
+        cutToShape(*m_view, shapeRegion({{QRectF(QPointF(), m_view->size()), root->property("radius").toDouble()}},
+                                        m_view->devicePixelRatio()));
     m_view->raise();
 }
 
@@ -61,14 +68,14 @@ void HintWindow::place() {
     const QRect item(corner.toPoint(), m_item->size().toSize());
     m_view->setScreen(m_item->window()->screen());
     m_view->setGeometry({hintPosition(item, size, m_item->window()->screen()->availableGeometry()), size});
-    if (!m_kit.theme().isTranslucent())
-        cutToShape(*m_view, shapeRegion({{QRectF(QPointF(), size), root->property("radius").toDouble()}},
-                                        m_view->devicePixelRatio()));
+    m_view->setColor(m_kit.theme().isTranslucent() ? QColor(Qt::transparent) : m_kit.theme().menuGround());
 }
 
 void HintWindow::hide(QQuickItem* item) {
-    if (m_view && (m_item == item || !m_item))
-        m_view->hide();
+    if (!m_view || (m_item && m_item != item))
+        return;
+    disconnect(m_leaving);
+    m_view->hide();
 }
 
 } // namespace keldra

@@ -34,12 +34,13 @@ private:
 
     UiKit& m_kit;
     QPointer<QQuickItem> m_item;
+    QMetaObject::Connection m_leaving;
     std::unique_ptr<QQuickView> m_view;
     std::unique_ptr<RegisteredWindow> m_registration;
 };
 
-/// Where a hint of that size stands for an item, in the same coordinates as `screen`: centred above it, below where there is no
-/// room, and never beside the screen.
+/// Where a hint of that size stands for an item, in the same coordinates as `screen`: centred above it, below where
+/// there is no room, and never beside the screen.
 QPoint hintPosition(const QRect& item, QSize hint, const QRect& screen);
 
 } // namespace keldra

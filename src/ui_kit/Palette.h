@@ -4,11 +4,11 @@
 
 namespace keldra {
 
-/// The colours of the program's own look; views have them through Theme. One accent, on dark grounds that let a little of
-/// the desktop through where a compositing manager allows it.
+/// The colours of the program's own look; views have them through Theme. One accent, on dark grounds that let a little
+/// of the desktop through where a compositing manager allows it.
 namespace palette {
 
-inline constexpr QColor ground{0x17, 0x18, 0x1c, 0xeb};
+inline constexpr QColor ground{0x17, 0x18, 0x1c, 0xe4};
 /// Where nothing shows through.
 inline constexpr QColor opaqueGround{0x1a, 0x1b, 0x20};
 /// Of menus and hints, which lie over panels.

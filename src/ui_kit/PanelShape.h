@@ -15,7 +15,8 @@ struct RoundedRect {
     friend bool operator==(const RoundedRect&, const RoundedRect&) = default;
 };
 
-/// What a view says that its panel consists of: objects with x, y, width, height and radius. Parts without a size are left out.
+/// What a view says that its panel consists of: objects with x, y, width, height and radius. Parts without a size are
+/// left out.
 QList<RoundedRect> shapeParts(const QVariantList& parts);
 
 /// The whole pixels that the parts cover, as a window without a compositing manager is cut; `scale`: pixels per point.

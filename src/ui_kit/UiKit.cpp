@@ -42,8 +42,9 @@ void registerTypes() {
 } // namespace
 
 UiKit::UiKit(std::shared_ptr<OwnWindows> ownWindows, bool recordingsSeeAllWindows)
-    : m_ownWindows(std::move(ownWindows)), m_recordingsSeeAllWindows(recordingsSeeAllWindows),
-      m_hints(std::make_unique<HintWindow>(*this)) {
+    : m_ownWindows(std::move(ownWindows))
+    , m_recordingsSeeAllWindows(recordingsSeeAllWindows)
+    , m_hints(std::make_unique<HintWindow>(*this)) {
     registerTypes();
     m_engine.addImportPath(QStringLiteral("qrc:/qt/qml"));
     for (QObject* object : {static_cast<QObject*>(&m_theme), static_cast<QObject*>(m_hints.get())})
@@ -57,7 +58,8 @@ UiKit::~UiKit() = default;
 
 void UiKit::chooseRenderer() {
     QQuickWindow::setDefaultAlphaBuffer(true);
-    const bool hasGpu = !QDir(QStringLiteral("/dev/dri")).entryList({QStringLiteral("renderD*")}, QDir::System).isEmpty();
+    const bool hasGpu =
+        !QDir(QStringLiteral("/dev/dri")).entryList({QStringLiteral("renderD*")}, QDir::System).isEmpty();
     if (!hasGpu && !qEnvironmentVariableIsSet("QT_QUICK_BACKEND"))
         QQuickWindow::setSceneGraphBackend(QStringLiteral("software"));
 }

@@ -11,8 +11,8 @@ namespace keldra {
 
 class HintWindow;
 
-/// What all views of the program share: the engine that runs them, the look, the hints. One for the program, made after the
-/// QGuiApplication. Main thread.
+/// What all views of the program share: the engine that runs them, the look, the hints. One for the program, made after
+/// the QGuiApplication. Main thread.
 class UiKit {
 public:
     /// `recordingsSeeAllWindows`: this desktop cannot leave our windows out of a recording.

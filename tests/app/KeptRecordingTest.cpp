@@ -1,4 +1,5 @@
 #include "app/KeptRecording.h"
+
 #include "app/SettingsFile.h"
 
 #include <QDateTime>
@@ -34,8 +35,8 @@ protected:
             if (!parts[0].startsWith('-'))
                 file.write("movie");
             file.flush();
-            ASSERT_TRUE(file.setFileTime(QDateTime::fromSecsSinceEpoch(parts[1].toInt()),
-                                         QFileDevice::FileModificationTime));
+            ASSERT_TRUE(
+                file.setFileTime(QDateTime::fromSecsSinceEpoch(parts[1].toInt()), QFileDevice::FileModificationTime));
         }
     }
 };

@@ -1,6 +1,6 @@
 #include "app/AppWorld.h"
-#include "capture_ui/RecorderPanels.h"
 #include "capture_ui/ElapsedText.h"
+#include "capture_ui/RecorderPanels.h"
 
 namespace keldra {
 namespace {
@@ -22,7 +22,7 @@ private:
 };
 
 TEST(ElapsedText, HasTwoDigitsEach) {
-    const std::pair<int, const char*> rows[] = {{0, "00:00:00"},     {59, "00:00:59"},        {3661, "01:01:01"},
+    const std::pair<int, const char*> rows[] = {{0, "00:00:00"},      {59, "00:00:59"},      {3661, "01:01:01"},
                                                 {359999, "99:59:59"}, {360000, "100:00:00"}, {-1, "00:00:00"}};
     for (const auto& [seconds, wanted] : rows)
         EXPECT_EQ(elapsedText(seconds), wanted);
@@ -40,8 +40,8 @@ TEST_F(ViewModels, TheControlPanelFollowsTheState) {
     } rows[] = {
         {"", RecordingState::idle, "Start recording", true, false, true, -1},
         {"pick", RecordingState::idle, "Start recording", true, true, true, -1},
-        {"askForScreen holdAll | pick press", RecordingState::requestingPermission, "Start recording", false, false, true,
-         -1},
+        {"askForScreen holdAll | pick press", RecordingState::requestingPermission, "Start recording", false, false,
+         true, -1},
         {"holdCountdown record", RecordingState::countdown, "Start recording", false, false, false, -1},
         {"record", RecordingState::recording, "Stop recording", true, false, false, -1},
         {"record stop", RecordingState::stopping, "Start recording", false, false, false, -1},

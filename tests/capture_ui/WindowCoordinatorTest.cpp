@@ -1,5 +1,6 @@
-#include "app/AppWorld.h"
 #include "capture_ui/WindowCoordinator.h"
+
+#include "app/AppWorld.h"
 #include "doubles/ScriptedPanels.h"
 
 namespace keldra {
@@ -39,11 +40,11 @@ protected:
     void start(EditorWindowFactory makeEditor = {}) {
         makeModel();
         coordinator = std::make_unique<WindowCoordinator>(
-            *model, WindowCoordinator::Parts{screens, dialogs, events, time.mainQueue(), panels.make(),
-                                             std::make_unique<ScriptedSelection>(overlays),
-                                             std::make_unique<ScriptedPreview>(overlays),
-                                             std::make_unique<ScriptedCountdown>(overlays),
-                                             std::make_unique<ScriptedEffectsOverlay>(overlays), std::move(makeEditor)});
+            *model, WindowCoordinator::Parts{
+                        screens, dialogs, events, time.mainQueue(), panels.make(),
+                        std::make_unique<ScriptedSelection>(overlays), std::make_unique<ScriptedPreview>(overlays),
+                        std::make_unique<ScriptedCountdown>(overlays),
+                        std::make_unique<ScriptedEffectsOverlay>(overlays), std::move(makeEditor)});
         coordinator->show();
         time.settle();
     }
@@ -55,9 +56,13 @@ protected:
         select(wholeDisplay);
         press();
     }
-    QPointF offset(const ScriptedPanel* panel) const { return panel->place.topLeft() - panels.control->place.topLeft(); }
+    QPointF offset(const ScriptedPanel* panel) const {
+        return panel->place.topLeft() - panels.control->place.topLeft();
+    }
 
     PanelScript panels;
+    /// By editors.
+    QStringList told;
     OverlayScript overlays{time.mainQueue()};
     std::shared_ptr<ScriptedEvents> events = std::make_shared<ScriptedEvents>();
     std::unique_ptr<WindowCoordinator> coordinator;
@@ -89,12 +94,14 @@ TEST_F(WindowCoordination, ShowsWhatEachMomentAsksFor) {
              overlays.countdowns.holds = true;
              press();
          },
-         "", "settings", false, false},
+         "", "required", false, false},
         {"recording", [this] { overlays.countdowns.releaseAll(); }, "control webcam settings timer", "settings", true,
          false},
-        {"settings away", [this] { model->setIsSettingsPresented(false); }, "control webcam timer", "settings", true, false},
+        {"settings away", [this] { model->setIsSettingsPresented(false); }, "control webcam timer", "settings", true,
+         false},
         {"quit", [this] { model->requestQuit(); }, "control webcam confirm timer", "confirm", true, false},
-        {"no", [this] { model->setIsCloseConfirmationPresented(false); }, "control webcam timer", "confirm", true, false},
+        {"no", [this] { model->setIsCloseConfirmationPresented(false); }, "control webcam timer", "confirm", true,
+         false},
         {"stop", [this] { model->stopRecording(); }, "control webcam", "confirm", true, false},
         {"saved", [this] { finish(take); }, "control saved", "saved", false, false},
         {"dismissed", [this] { model->setLastSavedURL({}); }, "control", "saved", false, false},
@@ -114,8 +121,9 @@ TEST_F(WindowCoordination, ShowsWhatEachMomentAsksFor) {
         time.settle();
         EXPECT_EQ(panels.visible(), moment.visible) << moment.name;
         EXPECT_EQ(panels.keyPanel, moment.keyPanel) << moment.name;
-        EXPECT_EQ(panels.unshared(), moment.areKeptFromRecordings ? QString("control settings confirm required notice timer saved")
-                                                                  : QString("timer"))
+        EXPECT_EQ(panels.unshared(), moment.areKeptFromRecordings
+                                         ? QString("control settings confirm required notice timer saved")
+                                         : QString("timer"))
             << moment.name;
         EXPECT_EQ(overlays.preview.has_value(), moment.hasPreview) << moment.name;
     }
@@ -161,6 +169,13 @@ TEST_F(WindowCoordination, StandsAroundTheControlPanelAndMovesAlong) {
     panels.control->place.moveTopLeft({5000, 5000});
     coordinator->show();
     EXPECT_EQ(panels.control->place.topLeft(), QPointF(1405, 1004)) << "its screen is gone";
+    panels.control->place.moveTopLeft({2000, 300});
+    panels.webcam->place.moveTopLeft({2600, 300});
+    screens->current.removeLast();
+    coordinator->screensChanged();
+    EXPECT_EQ(panels.control->place.topLeft(), QPointF(1405, 300));
+    EXPECT_EQ(panels.webcam->place.right(), 1920);
+    EXPECT_EQ(offset(panels.postRecording), QPointF(42.5, 86));
 }
 
 TEST_F(WindowCoordination, TellsTheRecorderWhereTheBubbleIs) {
@@ -176,8 +191,8 @@ TEST_F(WindowCoordination, TellsTheRecorderWhereTheBubbleIs) {
     model->toggleCameraOverlayShape();
     time.settle();
     EXPECT_EQ(panels.webcam->place.size(), QSizeF(241, 280));
-    EXPECT_EQ(bubble(),
-              (CameraOverlaySnapshot{true, QRectF(1262, 174, 180, 180), CameraOverlayShape::roundedSquare, 180 * 0.16}));
+    EXPECT_EQ(bubble(), (CameraOverlaySnapshot{true, QRectF(1262, 174, 180, 180), CameraOverlayShape::roundedSquare,
+                                               180 * 0.16}));
     panels.webcam->drag({100, 500});
     time.settle();
     EXPECT_EQ(bubble().frame.topLeft(), QPointF(130.5, 598));
@@ -269,7 +284,6 @@ TEST_F(WindowCoordination, ClicksElsewhereCloseTheSettings) {
 }
 
 TEST_F(WindowCoordination, OpensOneEditorAndReturns) {
-    QStringList told;
     QList<std::pair<QUrl, bool>> opened;
     std::function<void()> close;
     start([&](const QUrl& movie, bool hasLiveClickTrack, std::function<void()> closed) {
@@ -285,7 +299,9 @@ TEST_F(WindowCoordination, OpensOneEditorAndReturns) {
     dialogs->choice = std::optional(QUrl("file:///one.mp4"));
     dialogs->answers.holds = true;
     model->windows().openVideoPicker();
+    model->windows().openVideoPicker();
     time.settle();
+    EXPECT_EQ(dialogs->shownFiles.size(), 1);
     EXPECT_EQ(panels.visible(), "control webcam") << "the dialog stands alone";
     dialogs->answers.releaseAll();
     time.settle();

@@ -65,8 +65,9 @@ TEST(SettingsCommandTest, IsThatOfTheDesktop) {
         {SettingsPage::screenCapture, "GNOME", {"gnome-control-center"}, ""},
     };
     for (const auto& [page, desktops, programs, wanted] : rows)
-        EXPECT_EQ(settingsCommand(page, desktops, [&](const QString& name) { return programs.contains(name); }).join(' '),
-                  wanted)
+        EXPECT_EQ(
+            settingsCommand(page, desktops, [&](const QString& name) { return programs.contains(name); }).join(' '),
+            wanted)
             << desktops;
 }
 
@@ -99,9 +100,9 @@ TEST(PortalPermissionsTest, GrantsWhereAPortalCastsScreens) {
         return answer.value->value_or(false);
     };
     for (const quint32 sources : {0U, 3U}) {
-        FakeService portal("org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop", [=](const QDBusMessage&) {
-            return QVariantList{QVariant::fromValue(QDBusVariant(sources))};
-        });
+        FakeService portal(
+            "org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
+            [=](const QDBusMessage&) { return QVariantList{QVariant::fromValue(QDBusVariant(sources))}; });
         PortalPermissions permissions(bus);
         EXPECT_FALSE(permissions.hasScreenCapture());
         EXPECT_EQ(ask(permissions), sources != 0);

@@ -15,7 +15,9 @@ public:
     using Reply = std::function<QVariantList(const QDBusMessage&)>;
 
     FakeService(const QString& name, const QString& path, Reply reply)
-        : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, name)), m_name(name), m_reply(std::move(reply)) {
+        : m_bus(QDBusConnection::connectToBus(QDBusConnection::SessionBus, name))
+        , m_name(name)
+        , m_reply(std::move(reply)) {
         m_bus.registerVirtualObject(path, this);
         m_bus.registerService(name);
     }

@@ -2,6 +2,7 @@
 #include "async/MainScheduler.h"
 #include "capture_ui/StatusItemController.h"
 #include "desktop/Waiting.h"
+#include "launch/QuitEvents.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtEventMonitor.h"
 
@@ -139,6 +140,21 @@ TEST_F(QtDialogsTest, OneIsOpenAtATime) {
     ASSERT_TRUE(dialog);
     EXPECT_EQ(dialog->windowTitle(), "Third");
     EXPECT_TRUE(dialog->nameFilters().value(0).contains("*.webm"));
+}
+
+TEST(QuitEventsTest, HearOfTheDesktopsWishInsteadOfTheApplication) {
+    int asked = 0;
+    bool hasEnded = false;
+    QObject context;
+    QObject::connect(qApp, &QCoreApplication::aboutToQuit, &context, [&] { hasEnded = true; });
+    QuitEvents events([&] { ++asked; });
+    QWindow window;
+    window.show();
+    QEvent quit(QEvent::Quit);
+    QCoreApplication::sendEvent(qApp, &quit);
+    EXPECT_EQ(asked, 1);
+    EXPECT_TRUE(window.isVisible());
+    EXPECT_FALSE(hasEnded);
 }
 
 TEST(StatusItemControllerTest, HasAMenuWhoseTitleIsFresh) {

@@ -29,10 +29,16 @@ class AgentTest(AgentTestCase):
             self.assertIsNone(owner())
 
     def test_without_a_display_it_says_so_in_one_line(self):
-        for display in "", ":4711", "nonsense":
-            status, out, err = self.start(environment={"DISPLAY": display}).ended()
+        for display, kind in ("", "x11"), (":4711", "x11"), ("nonsense", "x11"), ("", "wayland"):
+            environment = {"DISPLAY": display, "XDG_SESSION_TYPE": kind}
+            status, out, err = self.start(environment=environment).ended()
             self.assertEqual((status, out, err.count("\n")), (1, "", 1), err)
             self.assertIn("DISPLAY", err)
+
+    def test_on_wayland_it_starts_and_says_what_cannot_be(self):
+        agent = self.start(environment={"XDG_SESSION_TYPE": "wayland"}).is_found()
+        until(lambda: "Notice" in windows(), "notice")
+        self.assertEqual(agent.end()[0], 0)
 
     def test_a_second_start_takes_the_place_of_an_idle_copy(self):
         first = self.start().is_found()

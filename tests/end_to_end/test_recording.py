@@ -3,7 +3,8 @@ import json
 import signal
 import subprocess
 
-from harness import Recording, Scene, TestCase, boxes, content_in_frame, number_in, numbers_of, pictures, probe, record, run, stamps, until
+from harness import (Recording, Scene, TestCase, boxes, content_in_frame, number_in, numbers_of, pictures, probe, record, run,
+                     stamps, until)
 
 
 class DisplayTest(TestCase):

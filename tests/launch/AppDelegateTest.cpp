@@ -72,7 +72,8 @@ void PrintTo(const MenuRow& row, std::ostream* out) {
 
 class StatusItemMenu : public LaunchWorld, public ::testing::WithParamInterface<MenuRow> {};
 
-/// What the windows were told; the menu's title for them; whether settings and the question are open; how often it ended.
+/// What the windows were told; the menu's title for them; whether settings and the question are open; how often it
+/// ended.
 TEST_P(StatusItemMenu, Rules) {
     launch();
     told();
@@ -98,14 +99,15 @@ TEST_P(StatusItemMenu, Rules) {
     EXPECT_EQ(told(), GetParam().wanted);
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Rows, StatusItemMenu,
-    ::testing::Values(MenuRow{"hides", "toggle", "hide hidden"}, MenuRow{"showsAgain", "toggle toggle", "hide show"},
-                      MenuRow{"settings", "settings", "settings"},
-                      MenuRow{"settingsOfHiddenPanels", "toggle settings", "hide show settings"},
-                      MenuRow{"quits", "quit", "ends"}, MenuRow{"asksWhileRecording", "record quit", "asks"},
-                      MenuRow{"anotherStartShowsHiddenPanels", "toggle activate", "hide show"}),
-    [](const auto& row) { return std::string(row.param.name); });
+INSTANTIATE_TEST_SUITE_P(Rows, StatusItemMenu,
+                         ::testing::Values(MenuRow{"hides", "toggle", "hide hidden"},
+                                           MenuRow{"showsAgain", "toggle toggle", "hide show"},
+                                           MenuRow{"settings", "settings", "settings"},
+                                           MenuRow{"settingsOfHiddenPanels", "toggle settings", "hide show settings"},
+                                           MenuRow{"quits", "quit", "ends"},
+                                           MenuRow{"asksWhileRecording", "record quit", "asks"},
+                                           MenuRow{"anotherStartShowsHiddenPanels", "toggle activate", "hide show"}),
+                         [](const auto& row) { return std::string(row.param.name); });
 
 TEST_F(AppDelegateTest, HasAMenuBeforeTheRecorder) {
     applications = nullptr;

@@ -30,7 +30,8 @@ public:
         for (const ScriptedCopy& copy : m_copies)
             if (!copy.is("late") || m_hasClaimed)
                 found.append(copy.application);
-        answer<QList<RunningApplication>>(std::move(done), hasBus ? Result<QList<RunningApplication>>(found) : noAnswer());
+        answer<QList<RunningApplication>>(std::move(done),
+                                          hasBus ? Result<QList<RunningApplication>>(found) : noAnswer());
     }
     void makeWay(const RunningApplication& application, Completion<bool> done) override {
         log.append("makeWay:" + application.handle);

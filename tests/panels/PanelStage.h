@@ -13,9 +13,11 @@ namespace keldra::testing {
 /// The recorder's real panels over a scripted desktop, in any moment that a test can name.
 class PanelStage : public AppWorld {
 public:
+    using AppWorld::devices;
     using AppWorld::model;
     using AppWorld::screens;
     using AppWorld::time;
+    using AppWorld::workspace;
 
     PanelStage() {
         devices->cameras.devices = {{"cam-a", "Integrated Camera"}, {"cam-b", "Studio Camera 4K"}};
@@ -49,11 +51,16 @@ public:
         kit = std::make_unique<UiKit>(std::make_shared<OwnWindows>());
         views = std::make_unique<RecorderViewModels>(*model, time.scheduler(), workspace);
         coordinator = std::make_unique<WindowCoordinator>(
-            *model, WindowCoordinator::Parts{screens, dialogs, nullptr, time.mainQueue(), makeRecorderPanels(*views, *kit),
+            *model, WindowCoordinator::Parts{screens,
+                                             dialogs,
+                                             nullptr,
+                                             time.mainQueue(),
+                                             makeRecorderPanels(*views, *kit),
                                              std::make_unique<ScriptedSelection>(overlays),
                                              std::make_unique<ScriptedPreview>(overlays),
                                              std::make_unique<ScriptedCountdown>(overlays),
-                                             std::make_unique<ScriptedEffectsOverlay>(overlays), {}});
+                                             std::make_unique<ScriptedEffectsOverlay>(overlays),
+                                             {}});
         coordinator->show();
         time.settle();
         found->second();
@@ -129,7 +136,8 @@ private:
          }},
         {"settings-notice",
          [this] { model->setIsSettingsPresented(true), model->setErrorMessage("No space left on device"); }},
-        {"error", [this] { model->setErrorMessage("The microphone was not ready to be enabled during this recording."); }},
+        {"error",
+         [this] { model->setErrorMessage("The microphone was not ready to be enabled during this recording."); }},
         {"error-action", [this] { model->setErrorMessage("Screen recording access was not granted"); }},
         {"selection-required", [this] { press(); }},
         {"close-confirmation", [this] { record().model->requestQuit(); }},

@@ -23,6 +23,8 @@ PanelGround {
         anchors { left: mark.right; leftMargin: 12; right: action.visible ? action.left : close.left; rightMargin: 10; verticalCenter: parent.verticalCenter }
         height: 40
         verticalAlignment: Text.AlignVCenter
+        // A path has no words.
+        wrapMode: Text.Wrap
         text: root.panel.message
     }
     TextButton {

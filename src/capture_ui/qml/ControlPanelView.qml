@@ -63,7 +63,7 @@ PanelGround {
             onClicked: root.panel.toggleCamera()
         }
         TileButton {
-            width: 68
+            width: 76
             text: qsTr("Microphone")
             hint: root.panel.isMicrophoneOn ? qsTr("Turn the microphone off") : qsTr("Turn the microphone on")
             symbol: root.panel.microphoneSymbol

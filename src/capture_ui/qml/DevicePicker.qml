@@ -2,7 +2,7 @@ import QtQuick
 import Keldra.UiKit
 
 /// A menu of cameras or microphones under their common name.
-Column {
+Item {
     id: root
 
     property string text
@@ -10,17 +10,16 @@ Column {
     signal picked(string id)
 
     width: parent.width
-    spacing: 2
+    height: picker.height
 
     Label {
-        width: parent.width
-        height: 17
+        anchors { left: parent.left; right: picker.left; rightMargin: 8; verticalCenter: parent.verticalCenter }
         text: root.text
-        font.pixelSize: 12
-        color: Theme.secondaryText
     }
     Picker {
-        width: parent.width
+        id: picker
+        anchors.right: parent.right
+        width: 160
         text: root.text
         emptyText: qsTr("Not available")
         ids: root.devices.ids

@@ -29,19 +29,19 @@ PanelGround {
         anchors { right: close.left; rightMargin: 4; verticalCenter: parent.verticalCenter }
         spacing: 5
         TextButton {
-            width: Math.min(implicitWidth, 104)
+            width: Math.min(implicitWidth, 100)
             text: qsTr("Edit recording")
             isPrimary: true
             focus: true
             onClicked: root.panel.editRecording()
         }
         TextButton {
-            width: Math.min(implicitWidth, 104)
+            width: Math.min(implicitWidth, 92)
             text: qsTr("Reveal in Finder")
             onClicked: root.panel.revealRecording()
         }
         TextButton {
-            width: Math.min(implicitWidth, 70)
+            width: Math.min(implicitWidth, 66)
             text: qsTr("Dismiss")
             onClicked: root.panel.dismissRecording()
         }

@@ -7,7 +7,7 @@ Column {
 
     required property var panel
 
-    spacing: 10
+    spacing: 12
 
     Section {
         title: qsTr("Cursor")
@@ -128,6 +128,7 @@ Column {
             width: parent.width
             text: qsTr("Anonymous. Never the contents of your recordings.")
             color: Theme.secondaryText
+            fontSizeMode: Text.FixedSize
             font.pixelSize: Theme.smallFontSize
         }
     }

@@ -10,8 +10,8 @@ void callBus(const QDBusConnection& bus, const QDBusMessage& call, std::chrono::
     QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, [watcher, done = std::move(done)] {
         watcher->deleteLater();
         if (const QDBusError error = watcher->error(); error.isValid())
-            done(fail(Error{"D-Bus", error.type(), (error.name() + QStringLiteral(": ") + error.message()).toStdString(),
-                            {}}));
+            done(fail(Error{
+                "D-Bus", error.type(), (error.name() + QStringLiteral(": ") + error.message()).toStdString(), {}}));
         else
             done(watcher->reply());
     });

@@ -33,8 +33,7 @@ QCoro::Task<> findOwners(QDBusConnection bus, BusIdentity identity, Completion<Q
         const auto owner = co_await askBus(bus, QStringLiteral("GetNameOwner"), name);
         if (!owner || owner->toString() == bus.baseService())
             continue;
-        const auto process =
-            co_await askBus(bus, QStringLiteral("GetConnectionUnixProcessID"), owner->toString());
+        const auto process = co_await askBus(bus, QStringLiteral("GetConnectionUnixProcessID"), owner->toString());
         if (process)
             found.append({owner->toString(), process->toLongLong(), name == identity.earlierName});
     }
@@ -87,8 +86,7 @@ void DBusRunningApplications::others(Completion<QList<RunningApplication>> done)
 
 QDBusMessage DBusRunningApplications::methodOf(const RunningApplication& application, const QString& interface,
                                                const QString& method, const QVariantList& arguments) const {
-    auto call =
-        QDBusMessage::createMethodCall(application.handle, objectPathOf(m_identity.name), interface, method);
+    auto call = QDBusMessage::createMethodCall(application.handle, objectPathOf(m_identity.name), interface, method);
     call.setArguments(arguments);
     return call;
 }

@@ -26,7 +26,8 @@ constexpr CookieService cookieServices[] = {
 
 QDBusMessage method(const CookieService& to, const char* name, const QVariantList& arguments) {
     const QString service = QString::fromLatin1(to.service);
-    auto call = QDBusMessage::createMethodCall(service, QString::fromLatin1(to.path), service, QString::fromLatin1(name));
+    auto call =
+        QDBusMessage::createMethodCall(service, QString::fromLatin1(to.path), service, QString::fromLatin1(name));
     call.setArguments(arguments);
     return call;
 }
@@ -62,11 +63,11 @@ void askCookie(const CookieService& service, const QString& reason, const std::s
 }
 
 void askLoginManager(const QString& reason, const std::shared_ptr<Grants>& grants) {
-    auto call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.login1"),
-                                               QStringLiteral("/org/freedesktop/login1"),
-                                               QStringLiteral("org.freedesktop.login1.Manager"),
-                                               QStringLiteral("Inhibit"));
-    call.setArguments({QStringLiteral("idle:sleep"), QCoreApplication::applicationName(), reason, QStringLiteral("block")});
+    auto call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.login1"), QStringLiteral("/org/freedesktop/login1"),
+        QStringLiteral("org.freedesktop.login1.Manager"), QStringLiteral("Inhibit"));
+    call.setArguments(
+        {QStringLiteral("idle:sleep"), QCoreApplication::applicationName(), reason, QStringLiteral("block")});
     callBus(QDBusConnection::systemBus(), call, patience,
             [weak = std::weak_ptr(grants)](const Result<QDBusMessage>& reply) {
                 const auto alive = weak.lock();

@@ -73,6 +73,7 @@ void QtDialogs::chooseFile(FileDialog asked, Answer done) {
     dialog->setWindowTitle(asked.message);
     dialog->setLabelText(QFileDialog::Accept, asked.prompt);
     dialog->setFileMode(QFileDialog::ExistingFile);
+    dialog->setOption(QFileDialog::HideNameFilterDetails);
     if (const QStringList patterns = namePatterns(asked.types); !patterns.isEmpty())
         dialog->setNameFilter(QStringLiteral("%1 (%2)").arg(QFileDialog::tr("Files"), patterns.join(u' ')));
     dialog->open();

@@ -8,9 +8,6 @@
 
 namespace keldra {
 
-/// The property of a QWindow that holds its identifier.
-inline constexpr char windowIdentifierProperty[] = "keldra.identifier";
-
 /// Watches the events of this program's QWindows, before those and whatever is in them. Made and gone with the
 /// application object. A window without an identifier, such as a dialog of the desktop, has an empty one.
 class QtEventMonitor final : public QObject, public EventMonitor {

@@ -11,9 +11,8 @@ namespace keldra {
 namespace {
 
 QStringList commandFor(SettingsPage page) {
-    return settingsCommand(page, qEnvironmentVariable("XDG_CURRENT_DESKTOP"), [](const QString& program) {
-        return !QStandardPaths::findExecutable(program).isEmpty();
-    });
+    return settingsCommand(page, qEnvironmentVariable("XDG_CURRENT_DESKTOP"),
+                           [](const QString& program) { return !QStandardPaths::findExecutable(program).isEmpty(); });
 }
 
 } // namespace
@@ -21,10 +20,9 @@ QStringList commandFor(SettingsPage page) {
 void QtWorkspace::reveal(const QUrl& file) {
     // A file manager that has to be started first takes its time.
     constexpr std::chrono::seconds patience{15};
-    auto call = QDBusMessage::createMethodCall(QStringLiteral("org.freedesktop.FileManager1"),
-                                               QStringLiteral("/org/freedesktop/FileManager1"),
-                                               QStringLiteral("org.freedesktop.FileManager1"),
-                                               QStringLiteral("ShowItems"));
+    auto call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("/org/freedesktop/FileManager1"),
+        QStringLiteral("org.freedesktop.FileManager1"), QStringLiteral("ShowItems"));
     call.setArguments({QStringList{file.toString(QUrl::FullyEncoded)}, QString()});
     callBus(QDBusConnection::sessionBus(), call, patience, [file](const Result<QDBusMessage>& reply) {
         if (!reply)

@@ -26,7 +26,7 @@ T.Slider {
     property Hint hintShower: Hint {
         target: root
         text: root.hint
-        isWanted: (root.hovered && root.hint !== root.text || root.visualFocus) && !root.pressed
+        isForPointer: root.hint !== root.text
     }
 
     Label {

@@ -18,13 +18,12 @@ T.Button {
     focusPolicy: Qt.StrongFocus
     Accessible.name: text
     Accessible.description: hint
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
 
     property Hint hintShower: Hint {
         target: root
         text: root.hint
-        isWanted: (root.hovered || root.visualFocus) && !root.down
     }
 
     background: Rectangle {

@@ -7,7 +7,7 @@ Text {
     font.pixelSize: Theme.fontSize
     fontSizeMode: Text.Fit
     minimumPixelSize: Theme.leastFontSize
-    wrapMode: Text.Wrap
+    wrapMode: Text.WordWrap
     elide: Text.ElideRight
     textFormat: Text.PlainText
     lineHeight: 1.12

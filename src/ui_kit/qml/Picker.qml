@@ -36,7 +36,7 @@ T.ComboBox {
     property Hint hintShower: Hint {
         target: root
         text: root.hint
-        isWanted: (root.hovered || root.visualFocus) && !root.pressed && !root.popup.visible
+        isForPointer: false
     }
 
     background: Rectangle {
@@ -47,7 +47,8 @@ T.ComboBox {
     }
     contentItem: Label {
         leftPadding: 11
-        rightPadding: 30
+        rightPadding: 28
+        font.pixelSize: 12
         text: root.shownText
         color: root.enabled ? Theme.text : Theme.secondaryText
     }

@@ -63,15 +63,14 @@ Item {
                 Accessible.description: root.hint
                 Accessible.checkable: true
                 Accessible.checked: isCurrent
-                Keys.onReturnPressed: click()
-                Keys.onEnterPressed: click()
+                Keys.onReturnPressed: clicked()
+                Keys.onEnterPressed: clicked()
                 Keys.onLeftPressed: root.step(index, -1)
                 Keys.onRightPressed: root.step(index, 1)
                 onClicked: root.chosen(index)
                 property Hint hintShower: Hint {
                     target: choice
                     text: root.hint
-                    isWanted: (choice.hovered || choice.visualFocus) && !choice.down
                 }
                 contentItem: Label {
                     leftPadding: 4

@@ -27,10 +27,14 @@ ControlButton {
                 name: root.symbol
                 color: root.ink
             }
-            Label {
+            Paragraph {
                 id: label
                 anchors.verticalCenter: parent.verticalCenter
-                width: Math.min(implicitWidth, root.width - 20 - (root.symbol !== "" ? 24 : 0))
+                width: Math.min(implicitWidth, root.width - 14 - (root.symbol !== "" ? 24 : 0))
+                height: root.height - 4
+                horizontalAlignment: Text.AlignHCenter
+                verticalAlignment: Text.AlignVCenter
+                lineHeight: 1
                 text: root.text
                 color: root.ink
                 font.weight: Font.Medium

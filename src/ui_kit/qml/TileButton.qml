@@ -12,7 +12,7 @@ ControlButton {
     /// Beside the symbol.
     property Component extra
 
-    implicitWidth: 62
+    implicitWidth: 60
     implicitHeight: 62
     radius: 12
     restingFill: isActive ? Qt.alpha(Theme.accent, 0.16) : "transparent"
@@ -36,7 +36,7 @@ ControlButton {
             sourceComponent: root.extra
         }
         Label {
-            anchors { left: parent.left; right: parent.right; bottom: parent.bottom; margins: 4; bottomMargin: 8 }
+            anchors { left: parent.left; right: parent.right; bottom: parent.bottom; margins: 2; bottomMargin: 8 }
             height: 15
             horizontalAlignment: Text.AlignHCenter
             text: root.text

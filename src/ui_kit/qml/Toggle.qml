@@ -10,7 +10,7 @@ T.AbstractButton {
     property bool isOn: false
     signal toggleRequested(bool isOn)
 
-    implicitHeight: 30
+    implicitHeight: 28
     hoverEnabled: true
     focusPolicy: Qt.StrongFocus
     Accessible.role: Accessible.CheckBox
@@ -18,14 +18,14 @@ T.AbstractButton {
     Accessible.description: hint
     Accessible.checkable: true
     Accessible.checked: isOn
-    Keys.onReturnPressed: click()
-    Keys.onEnterPressed: click()
+    Keys.onReturnPressed: clicked()
+    Keys.onEnterPressed: clicked()
     onClicked: toggleRequested(!isOn)
 
     property Hint hintShower: Hint {
         target: root
         text: root.hint
-        isWanted: (root.hovered && root.hint !== root.text || root.visualFocus) && !root.down
+        isForPointer: root.hint !== root.text
     }
 
     contentItem: Item {
