@@ -7,8 +7,8 @@ from harness import until, xdotool
 CONTROL = {"quit": (18, 38), "record": (83, 38), "area": (169, 38), "window": (233, 38), "display": (297, 38),
            "camera": (366, 38), "microphone": (438, 38), "settings": (494, 38)}
 SETTINGS = {"show clicks": (252, 46), "click intensity": (200, 94), "click sound": (252, 122), "classic": (206, 156),
-            "highlight": (252, 190), "intensity": (60, 238), "size": (220, 282), "10 seconds": (228, 440), "low": (228, 502),
-            "save to": (143, 564), "open a video": (143, 626), "share usage": (252, 686)}
+            "highlight": (252, 190), "intensity": (60, 238), "size": (220, 282), "10 seconds": (228, 446), "low": (228, 511),
+            "save to": (143, 576), "open a video": (143, 641), "share usage": (252, 704)}
 
 
 def window(title):
