@@ -6,7 +6,8 @@
 //   keldra_overlays countdown SECONDS
 //   keldra_overlays effects [highlight]
 //
-// With --panel a stand-in for a panel is shown too. Points are pixels divided by QT_SCALE_FACTOR.
+// With --panel a stand-in for a panel is shown too; with --focused-panel it has the keyboard first. Points are pixels
+// divided by QT_SCALE_FACTOR.
 
 #include "async/MainQueue.h"
 #include "async/MainScheduler.h"
@@ -118,8 +119,19 @@ public:
     }
 
     bool run(QStringList words) {
-        if (words.removeAll("--panel") > 0)
+        const bool isFocused = words.removeAll("--focused-panel") > 0;
+        if (words.removeAll("--panel") > 0 || isFocused)
             m_panel.emplace();
+        if (!isFocused)
+            return begin(words);
+        m_panel->requestActivate();
+        QObject::connect(
+            &*m_panel, &QWindow::activeChanged, &*m_panel, [this, words] { begin(words); }, Qt::SingleShotConnection);
+        return true;
+    }
+
+private:
+    bool begin(QStringList words) {
         if (words.isEmpty())
             return false;
         const QString what = words.takeFirst();
@@ -141,7 +153,6 @@ public:
         return true;
     }
 
-private:
     void tellWhenUp() {
         QJsonObject up;
         for (const QWindow* window : QGuiApplication::topLevelWindows())
