@@ -44,15 +44,21 @@ function(keldra_uses_qt target)
   target_precompile_headers(${target} REUSE_FROM keldra_qt_headers)
 endfunction()
 
-# keldra_test(NAME [QT | GUI] [DESKTOP] LINKS...): one test program per folder, run by ctest. GUI is QT with fonts, images
-# and windows that nobody sees. DESKTOP runs it on a desktop of its own, and beside no other test: it watches clocks.
+# keldra_test(NAME [QT | GUI | WINDOWS] [DESKTOP] LINKS...): one test program per folder, run by ctest. GUI is QT with fonts,
+# images and windows that nobody sees. DESKTOP runs it on a desktop of its own, and beside no other test: it watches
+# clocks. WINDOWS is both, with widgets.
 function(keldra_test name)
-  cmake_parse_arguments(TEST "QT;GUI;DESKTOP" "" "LINKS" ${ARGN})
+  cmake_parse_arguments(TEST "QT;GUI;DESKTOP;WINDOWS" "" "LINKS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${name}/*.cpp)
   set(target test_${name})
   add_executable(${target} ${sources})
   target_link_libraries(${target} PRIVATE keldra_compile ${TEST_LINKS} keldra_doubles GTest::gtest GTest::gmock)
-  if(TEST_GUI)
+  if(TEST_WINDOWS)
+    target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests/doubles/WindowsTestMain.cpp)
+    target_link_libraries(${target} PRIVATE Qt6::Widgets)
+    keldra_uses_qt(${target})
+    set(TEST_DESKTOP ON)
+  elseif(TEST_GUI)
     target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests/doubles/GuiTestMain.cpp)
     keldra_uses_qt(${target})
   elseif(TEST_QT)
@@ -67,4 +73,24 @@ function(keldra_test name)
   else()
     add_test(NAME ${name} COMMAND ${target})
   endif()
+endfunction()
+
+# keldra_qml_module(NAME URI): the files in qml/ of a folder are a QML module, compiled in. Whoever uses it asks for its resources:
+# a static library brings only what is asked for.
+function(keldra_qml_module name uri)
+  string(REPLACE . / path ${uri})
+  set(directory ${CMAKE_SOURCE_DIR}/src/${name}/qml)
+  file(GLOB views CONFIGURE_DEPENDS ${directory}/*.qml)
+  foreach(view IN LISTS views)
+    get_filename_component(file ${view} NAME)
+    set_source_files_properties(${view} PROPERTIES QT_RESOURCE_ALIAS ${file})
+  endforeach()
+  # Bindings as thin as ours are not worth the C++ that Qt would make of them.
+  set_target_properties(keldra_${name} PROPERTIES QT_QMLCACHEGEN_ARGUMENTS "--only-bytecode")
+  qt_add_qml_module(keldra_${name} URI ${uri} VERSION 1.0 RESOURCE_PREFIX /qt/qml NO_PLUGIN QML_FILES ${views}
+    OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/qml/${path})
+  # Qt adds all of src/, through which a folder could include whatever it likes.
+  get_target_property(directories keldra_${name} INCLUDE_DIRECTORIES)
+  list(REMOVE_ITEM directories ${CMAKE_CURRENT_SOURCE_DIR})
+  set_target_properties(keldra_${name} PROPERTIES INCLUDE_DIRECTORIES "${directories}")
 endfunction()

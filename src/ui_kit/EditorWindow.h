@@ -18,9 +18,9 @@ public:
     virtual void setSharingType(SharingType sharingType) = 0;
 };
 
-/// Opens that movie, out of sight at first. `closed` runs once, when the user has closed the window, and may destroy it.
-/// May be empty: then this program cannot edit.
-using EditorWindowFactory = std::function<std::unique_ptr<EditorWindow>(QUrl movie, bool hasLiveClickTrack,
-                                                                        std::function<void()> closed)>;
+/// Opens that movie, out of sight at first. `closed` runs once, when the user has closed the window, and may destroy
+/// it. May be empty: then this program cannot edit.
+using EditorWindowFactory =
+    std::function<std::unique_ptr<EditorWindow>(QUrl movie, bool hasLiveClickTrack, std::function<void()> closed)>;
 
 } // namespace keldra

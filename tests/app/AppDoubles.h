@@ -33,11 +33,13 @@ public:
 class ScriptedWorkspace final : public Workspace {
 public:
     void reveal(const QUrl& file) override { revealed.append(file); }
-    bool hasSettings(SettingsPage) const override { return true; }
+    bool hasSettings(SettingsPage) const override { return hasPages; }
     void openSettings(SettingsPage page) override { opened.append(page); }
 
     QList<QUrl> revealed;
     QList<SettingsPage> opened;
+    /// Whether this desktop has settings pages that we know of.
+    bool hasPages = true;
 };
 
 class ScriptedDialogs final : public Dialogs {

@@ -1,0 +1,216 @@
+#include "ui_kit/FloatingPanel.h"
+
+#include "base/Log.h"
+#include "ui_kit/DesktopCoordinates.h"
+#include "ui_kit/PanelShape.h"
+#include "ui_kit/X11WindowManagement.h"
+
+#include <QGuiApplication>
+#include <QKeyEvent>
+#include <QQmlProperty>
+#include <QQuickItem>
+#include <QQuickView>
+#include <QStyleHints>
+
+#include <utility>
+
+namespace keldra {
+
+/// The window itself: what no control of the view takes moves it.
+class FloatingPanel::View final : public QQuickView {
+public:
+    View(QQmlEngine& engine, bool isMovable) : QQuickView(&engine, nullptr), m_isMovable(isMovable) {
+        setResizeMode(QQuickView::SizeRootObjectToView);
+        QSurfaceFormat alpha = format();
+        alpha.setAlphaBufferSize(8);
+        setFormat(alpha);
+        setColor(Qt::transparent);
+    }
+
+protected:
+    bool event(QEvent* event) override {
+        // A panel leaves the screen when the model says so; whoever closes it means Escape.
+        if (event->type() == QEvent::Close) {
+            event->ignore();
+            QCoreApplication::postEvent(this, new QKeyEvent(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier));
+            return true;
+        }
+        return QQuickView::event(event);
+    }
+    void mousePressEvent(QMouseEvent* event) override {
+        QQuickView::mousePressEvent(event);
+        m_press.reset();
+        if (m_isMovable && event->button() == Qt::LeftButton)
+            m_press = Press{event->globalPosition().toPoint(), position()};
+    }
+    void mouseMoveEvent(QMouseEvent* event) override {
+        QQuickView::mouseMoveEvent(event);
+        // Only now it is known whether a control has taken the press.
+        if (!m_press || !(event->buttons() & Qt::LeftButton) || mouseGrabberItem() != nullptr)
+            return;
+        const QPoint offset = event->globalPosition().toPoint() - m_press->pointer;
+        if (!m_isMoving && offset.manhattanLength() < QGuiApplication::styleHints()->startDragDistance())
+            return;
+        // The window manager moves it where there is one that can; it then gets the rest of the drag.
+        if (!m_isMoving && startSystemMove()) {
+            m_press.reset();
+            return;
+        }
+        m_isMoving = true;
+        setPosition(m_press->window + offset);
+    }
+    void mouseReleaseEvent(QMouseEvent* event) override {
+        QQuickView::mouseReleaseEvent(event);
+        m_press.reset();
+        m_isMoving = false;
+    }
+
+private:
+    struct Press {
+        QPoint pointer;
+        QPoint window;
+    };
+    const bool m_isMovable;
+    std::optional<Press> m_press;
+    bool m_isMoving = false;
+};
+
+FloatingPanel::FloatingPanel(PanelConfiguration configuration, UiKit& kit)
+    : m_configuration(std::move(configuration))
+    , m_kit(kit)
+    , m_view(std::make_unique<View>(kit.engine(), m_configuration.isMovable)) {
+    Qt::WindowFlags flags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
+    if (m_configuration.ignoresMouse)
+        flags |= Qt::WindowTransparentForInput | Qt::WindowDoesNotAcceptFocus;
+    m_view->setFlags(flags);
+    m_view->setTitle(m_configuration.title);
+    showOnAllDesktops(*m_view);
+    keepOffTaskbar(*m_view);
+    m_registration = std::make_unique<RegisteredWindow>(*m_view, kit.ownWindows(), m_configuration.identifier,
+                                                        SharingType::readOnly);
+    connect(m_view.get(), &QWindow::xChanged, this, &FloatingPanel::noteMove);
+    connect(m_view.get(), &QWindow::yChanged, this, &FloatingPanel::noteMove);
+    // Points count from the primary screen.
+    connect(qGuiApp, &QGuiApplication::primaryScreenChanged, this, &FloatingPanel::noteMove);
+    connect(qGuiApp, &QGuiApplication::screenAdded, this, &FloatingPanel::noteMove);
+    connect(qGuiApp, &QGuiApplication::screenRemoved, this, &FloatingPanel::noteMove);
+    connect(&kit.theme(), &Theme::isTranslucentChanged, this, &FloatingPanel::applyShape);
+}
+
+FloatingPanel::~FloatingPanel() = default;
+
+void FloatingPanel::setOrigin(QPointF origin) {
+    place({origin, m_frame.size()});
+}
+
+void FloatingPanel::setContentSize(QSizeF size) {
+    place({m_frame.topLeft(), size});
+}
+
+void FloatingPanel::place(const QRectF& frame) {
+    if (frame == m_frame)
+        return;
+    const bool hasMoved = frame.topLeft() != m_frame.topLeft();
+    m_frame = frame;
+    m_isPlacing = true;
+    if (!frame.isEmpty())
+        m_view->setGeometry(DesktopCoordinates::current().toQt(frame));
+    m_isPlacing = false;
+    if (m_view->isVisible())
+        applyShape();
+    if (hasMoved)
+        Q_EMIT moved();
+}
+
+/// The user or the window manager has moved it.
+void FloatingPanel::noteMove() {
+    const QPointF origin = DesktopCoordinates::current().toPoints(m_view->geometry()).topLeft();
+    if (m_isPlacing || m_frame.isEmpty() || origin == m_frame.topLeft())
+        return;
+    m_frame.moveTopLeft(origin);
+    Q_EMIT moved();
+}
+
+void FloatingPanel::orderFront() {
+    appear(false);
+}
+
+void FloatingPanel::makeKeyAndOrderFront() {
+    appear(true);
+}
+
+void FloatingPanel::appear(bool takesKeyboard) {
+    load();
+    m_isOrderedIn = true;
+    if (isKeptOff())
+        return;
+    m_kit.refreshTheme();
+    applyShape();
+    // The name by which Qt passes this on to the window manager.
+    m_view->setProperty("_q_showWithoutActivating", !takesKeyboard);
+    m_view->show();
+    m_view->raise();
+    if (takesKeyboard)
+        m_view->requestActivate();
+}
+
+void FloatingPanel::orderOut() {
+    m_isOrderedIn = false;
+    m_view->hide();
+}
+
+bool FloatingPanel::isVisible() const {
+    return m_isOrderedIn && !isKeptOff();
+}
+
+bool FloatingPanel::isKeptOff() const {
+    return m_kit.recordingsSeeAllWindows() && m_sharingType == SharingType::none && !m_configuration.mayBeRecorded;
+}
+
+void FloatingPanel::setSharingType(SharingType sharingType) {
+    if (std::exchange(m_sharingType, sharingType) == sharingType)
+        return;
+    m_registration->setSharingType(sharingType);
+    if (!m_isOrderedIn)
+        return;
+    if (isKeptOff())
+        m_view->hide();
+    else if (!m_view->isVisible())
+        appear(false);
+}
+
+QWindow& FloatingPanel::window() {
+    return *m_view;
+}
+
+/// At the first need: a panel that is never seen costs nothing.
+void FloatingPanel::load() {
+    if (m_view->status() != QQuickView::Null)
+        return;
+    m_view->setInitialProperties(m_configuration.properties);
+    m_view->setSource(m_configuration.view);
+    for (const QQmlError& error : m_view->errors())
+        logLine("[KELDRA UI]", error.toString().toStdString());
+    if (QQuickItem* root = m_view->rootObject())
+        QQmlProperty(root, QStringLiteral("outline")).connectNotifySignal(this, SLOT(applyShape()));
+}
+
+void FloatingPanel::applyShape() {
+    const double scale = m_view->devicePixelRatio();
+    // Along the cut there is no half covered pixel.
+    m_view->setColor(m_kit.theme().isTranslucent() ? QColor(Qt::transparent) : m_kit.theme().ground());
+    if (m_kit.theme().isTranslucent()) {
+        if (std::exchange(m_isCut, false))
+            cutToShape(*m_view, QRect(QPoint(), (m_frame.size() * scale).toSize()));
+        return;
+    }
+    QList<RoundedRect> shape;
+    if (const QQuickItem* root = m_view->rootObject())
+        shape = shapeParts(root->property("outline").value<QJSValue>().toVariant().toList());
+    if (shape.isEmpty())
+        shape = {{QRectF(QPointF(), m_frame.size()), m_kit.theme().panelRadius()}};
+    m_isCut = true;
+    cutToShape(*m_view, shapeRegion(shape, scale));
+}
+
+} // namespace keldra

@@ -1,0 +1,82 @@
+#pragma once
+
+#include "ui_kit/Panel.h"
+#include "ui_kit/RegisteredWindow.h"
+#include "ui_kit/UiKit.h"
+
+#include <QString>
+#include <QUrl>
+#include <QVariantMap>
+
+#include <memory>
+#include <optional>
+
+namespace keldra {
+
+struct PanelConfiguration {
+    /// How OwnWindows and events name it.
+    QString identifier;
+    /// For the window manager and for who hears the screen.
+    QString title;
+    QUrl view;
+    /// What the view is given.
+    QVariantMap properties;
+    /// The user moves it by its background.
+    bool isMovable = true;
+    bool ignoresMouse = false;
+    /// Where recordings see every window: stays on the screen during a recording all the same.
+    bool mayBeRecorded = false;
+};
+
+/// A frameless window that floats above all others, on every desktop and off the taskbar, and shows one view. Without a
+/// compositing manager it is cut to the view's `outline` (parts as in shapeParts()), which is the whole window for a
+/// view that names none.
+///
+/// On a desktop whose recordings see every window a panel that must not be seen stays off the screen while its sharing
+/// type is none.
+class FloatingPanel final : public Panel {
+    Q_OBJECT
+
+public:
+    /// `kit` lives longer.
+    FloatingPanel(PanelConfiguration configuration, UiKit& kit);
+    ~FloatingPanel() override;
+
+    QRectF frame() const override { return m_frame; }
+    void setOrigin(QPointF origin) override;
+    void setContentSize(QSizeF size) override;
+    void orderFront() override;
+    void makeKeyAndOrderFront() override;
+    void orderOut() override;
+    /// Whether it is ordered in, and is not kept off the screen.
+    bool isVisible() const override;
+    void setSharingType(SharingType sharingType) override;
+
+    QWindow& window();
+
+private Q_SLOTS:
+    void applyShape();
+
+private:
+    class View;
+
+    void load();
+    void place(const QRectF& frame);
+    void appear(bool takesKeyboard);
+    void noteMove();
+    bool isKeptOff() const;
+
+    const PanelConfiguration m_configuration;
+    UiKit& m_kit;
+    std::unique_ptr<View> m_view;
+    std::unique_ptr<RegisteredWindow> m_registration;
+    SharingType m_sharingType = SharingType::readOnly;
+    /// Ordered in, whether or not it can be seen.
+    bool m_isOrderedIn = false;
+    /// As asked for, until somebody else moves the window.
+    QRectF m_frame;
+    bool m_isPlacing = false;
+    bool m_isCut = false;
+};
+
+} // namespace keldra
