@@ -3,6 +3,7 @@
 #include "ui_kit/DesktopCoordinates.h"
 #include "ui_kit/X11WindowManagement.h"
 
+#include <QExposeEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -167,6 +168,12 @@ void OverlayWindow::paintEvent(QPaintEvent* event) {
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     painter.setRenderHint(QPainter::Antialiasing);
     m_view.paint(painter, m_space);
+}
+
+void OverlayWindow::exposeEvent(QExposeEvent* event) {
+    if (m_options.letsClicksThrough && !std::exchange(m_wasExposed, true))
+        letClicksThrough(*this);
+    QRasterWindow::exposeEvent(event);
 }
 
 QPointF OverlayWindow::pointOf(const QMouseEvent& event) const {

@@ -32,6 +32,7 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void exposeEvent(QExposeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
@@ -56,6 +57,7 @@ private:
     /// What lies below, where that does not shine through.
     QImage m_ground;
     QRegion m_shape;
+    bool m_wasExposed = false;
     RegisteredWindow m_registration;
 };
 

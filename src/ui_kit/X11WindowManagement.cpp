@@ -135,6 +135,15 @@ void cutToShape(QWindow& window, const QRegion& pixels) {
     xcb_flush(x);
 }
 
+void letClicksThrough(QWindow& window) {
+    xcb_connection_t* const x = x11::connection();
+    if (x == nullptr || !x11::hasExtension(xcb_shape_id))
+        return;
+    xcb_shape_rectangles(x, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_INPUT, XCB_CLIP_ORDERING_UNSORTED,
+                         xcb_window_t(window.winId()), 0, 0, 0, nullptr);
+    xcb_flush(x);
+}
+
 QImage takeScreenshot(const QRect& rootPixels) {
     xcb_connection_t* const x = x11::connection();
     if (x == nullptr)

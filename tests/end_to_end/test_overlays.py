@@ -1,7 +1,11 @@
-"""Selection, preview, countdown and effects on the real desktop, moved and clicked with xdotool."""
+"""Selection, preview, countdown and effects on the real desktop, moved and clicked with xdotool.
+
+With KELDRA_TEST_COMPOSITOR=picom overlays are translucent, and what they let through differs.
+"""
 import json
 import os
 import re
+import select
 import subprocess
 import unittest
 
@@ -27,6 +31,9 @@ class Overlay:
         if not line:
             raise AssertionError(f"keldra_overlays ended with {self._process.wait()}")
         return json.loads(line)
+
+    def has_said(self, seconds):
+        return bool(select.select([self._process.stdout], [], [], seconds)[0])
 
     def __enter__(self):
         return self
@@ -95,10 +102,11 @@ class OverlayTest(TestCase):
         subprocess.run(["xsetroot", "-solid", "#c0c8d0"], check=True)
         xdotool("mousemove", 20, 1000)
 
-    def on_each_desktop(self, check):
-        for name, monitors in self.layouts.items():
+    def on_each_desktop(self, check, factors=None):
+        """With every layout at every factor, or at the one of each that is told."""
+        for index, (name, monitors) in enumerate(self.layouts.items()):
             with Monitors(*monitors):
-                for factor in FACTORS:
+                for factor in [factors[index]] if factors else FACTORS:
                     with self.subTest(layout=name, factor=factor):
                         check(monitors or (("screen", *self.whole),), factor)
 
@@ -147,7 +155,7 @@ class RegionTest(OverlayTest):
                 self.assertTrue(0 < edge - last <= reach + 1, (last, edge))
             self.assertTrue((numpy.abs(shown[5, 5] - before * DIMMED - 0.52 * 0.03 * 255) <= 2).all(), shown[5, 5])
 
-        self.on_each_desktop(check)
+        self.on_each_desktop(check, factors=(1, 1.25, 2, 1.5))
 
     def test_escape_is_heard_wherever_the_keyboard_was(self):
         with Scene("--managed", "--geometry", "640x400+100+100", "--still", "--title", "Focused") as scene:
@@ -157,6 +165,20 @@ class RegionTest(OverlayTest):
                 self.assertEqual(overlay.said(), {"cancelled": True})
             focus = subprocess.run(["xdotool", "getwindowfocus"], check=True, stdout=subprocess.PIPE, text=True).stdout
             self.assertEqual(int(focus), scene.window, "the keyboard is where it was")
+
+
+    def test_escape_is_heard_while_a_panel_of_ours_has_the_keyboard(self):
+        with Overlay("--focused-panel", "region") as overlay:
+            xdotool("key", "Escape")
+            self.assertEqual(overlay.said(), {"cancelled": True})
+
+    def test_the_keyboard_is_taken_as_soon_as_another_program_lets_go_of_it(self):
+        with Overlay("region") as first, Overlay("region") as second:
+            xdotool("key", "Escape")
+            self.assertEqual(first.said(), {"cancelled": True})
+            # Nobody tells when the second one has it.
+            until(lambda: xdotool("key", "Escape") or second.has_said(0.1), "answer to Escape")
+            self.assertEqual(second.said(), {"cancelled": True})
 
 
 class PickTest(OverlayTest):
@@ -229,7 +251,7 @@ class PreviewTest(OverlayTest):
             with Overlay("preview-display", 1, factor=factor) as overlay:
                 self.assertEqual(self.frame_of(overlay.windows["selection-preview"]), self.desktop(monitors))
 
-        self.on_each_desktop(check)
+        self.on_each_desktop(check, factors=(1.25, 1, 1.5, 2))
 
     def test_clicks_go_through_unless_a_region_can_be_changed(self):
         for words, heard in ((("preview-display", 1), True), (("preview-region", *self.region), not COMPOSITED)):
@@ -240,6 +262,15 @@ class PreviewTest(OverlayTest):
                 else:
                     overlay.said()
                     self.assertEqual(scene.clicks, [])
+
+    def test_escape_is_heard_while_a_window_of_ours_has_the_keyboard(self):
+        with Scene("--managed", "--geometry", "700x500+150+400", "--still") as scene:
+            with Overlay("--focused-panel", "preview-display", 1) as overlay:
+                xdotool("key", "a", "Escape")
+                self.assertEqual(overlay.said(), {"cancelled": True})
+            with Overlay("preview-display", 1) as overlay:
+                xdotool("windowfocus", "--sync", scene.window, "key", "Escape")
+                self.assertFalse(overlay.has_said(0.3), "it was for the other window")
 
     def test_what_is_outside_is_dimmed_where_that_can_be(self):
         with Overlay("preview-region", *self.region):
