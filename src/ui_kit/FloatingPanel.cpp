@@ -145,10 +145,12 @@ void FloatingPanel::appear(bool takesKeyboard) {
     if (isKeptOff())
         return;
     m_kit.refreshTheme();
+    // Before, so that nobody sees it whole; after, because Qt may make another native window of it to show it.
     applyShape();
     // The name by which Qt passes this on to the window manager.
     m_view->setProperty("_q_showWithoutActivating", !takesKeyboard);
     m_view->show();
+    applyShape();
     m_view->raise();
     if (takesKeyboard)
         m_view->requestActivate();
@@ -196,21 +198,26 @@ void FloatingPanel::load() {
 }
 
 void FloatingPanel::applyShape() {
+    const bool isTranslucent = m_kit.theme().isTranslucent();
+    // Along a cut there is no half covered pixel.
+    m_view->setColor(isTranslucent ? QColor(Qt::transparent) : m_kit.theme().ground());
     const double scale = m_view->devicePixelRatio();
-    // Along the cut there is no half covered pixel.
-    m_view->setColor(m_kit.theme().isTranslucent() ? QColor(Qt::transparent) : m_kit.theme().ground());
-    if (m_kit.theme().isTranslucent()) {
-        if (std::exchange(m_isCut, false))
-            cutToShape(*m_view, QRect(QPoint(), (m_frame.size() * scale).toSize()));
-        return;
-    }
-    QList<RoundedRect> shape;
+    const QRegion whole(QRect(QPoint(), (m_frame.size() * scale).toSize()));
+    QList<RoundedRect> outline;
     if (const QQuickItem* root = m_view->rootObject())
-        shape = shapeParts(root->property("outline").value<QJSValue>().toVariant().toList());
-    if (shape.isEmpty())
-        shape = {{QRectF(QPointF(), m_frame.size()), m_kit.theme().panelRadius()}};
-    m_isCut = true;
-    cutToShape(*m_view, shapeRegion(shape, scale));
+        outline = shapeParts(root->property("outline").value<QJSValue>().toVariant().toList());
+    const bool hasOutline = !outline.isEmpty();
+    if (!hasOutline)
+        outline = {{QRectF(QPointF(), m_frame.size()), m_kit.theme().panelRadius()}};
+    if (!isTranslucent) {
+        cutToShape(*m_view, shapeRegion(outline, scale));
+        m_isCut = true;
+    } else if (std::exchange(m_isCut, false)) {
+        cutToShape(*m_view, whole);
+    }
+    // What is cut off takes no clicks anyway.
+    if (isTranslucent && hasOutline && !m_configuration.ignoresMouse)
+        takeClicksOnlyIn(*m_view, shapeRegion(outline, scale));
 }
 
 } // namespace keldra
