@@ -19,7 +19,8 @@ namespace keldra {
 /// The window itself: what no control of the view takes moves it.
 class FloatingPanel::View final : public QQuickView {
 public:
-    View(QQmlEngine& engine, bool isMovable) : QQuickView(&engine, nullptr), m_isMovable(isMovable) {
+    View(QQmlEngine& engine, bool isMovable, std::function<void()> exposed)
+        : QQuickView(&engine, nullptr), m_isMovable(isMovable), m_exposed(std::move(exposed)) {
         setResizeMode(QQuickView::SizeRootObjectToView);
         QSurfaceFormat alpha = format();
         alpha.setAlphaBufferSize(8);
@@ -36,6 +37,11 @@ protected:
             return true;
         }
         return QQuickView::event(event);
+    }
+    void exposeEvent(QExposeEvent* event) override {
+        QQuickView::exposeEvent(event);
+        if (isExposed())
+            m_exposed();
     }
     void mousePressEvent(QMouseEvent* event) override {
         QQuickView::mousePressEvent(event);
@@ -71,6 +77,7 @@ private:
         QPoint window;
     };
     const bool m_isMovable;
+    const std::function<void()> m_exposed;
     std::optional<Press> m_press;
     bool m_isMoving = false;
 };
@@ -78,7 +85,7 @@ private:
 FloatingPanel::FloatingPanel(PanelConfiguration configuration, UiKit& kit)
     : m_configuration(std::move(configuration))
     , m_kit(kit)
-    , m_view(std::make_unique<View>(kit.engine(), m_configuration.isMovable)) {
+    , m_view(std::make_unique<View>(kit.engine(), m_configuration.isMovable, [this] { applyShape(); })) {
     Qt::WindowFlags flags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
     if (m_configuration.ignoresMouse)
         flags |= Qt::WindowTransparentForInput | Qt::WindowDoesNotAcceptFocus;
@@ -145,12 +152,11 @@ void FloatingPanel::appear(bool takesKeyboard) {
     if (isKeptOff())
         return;
     m_kit.refreshTheme();
-    // Before, so that nobody sees it whole; after, because Qt may make another native window of it to show it.
+    // So that nobody sees it whole.
     applyShape();
     // The name by which Qt passes this on to the window manager.
     m_view->setProperty("_q_showWithoutActivating", !takesKeyboard);
     m_view->show();
-    applyShape();
     m_view->raise();
     if (takesKeyboard)
         m_view->requestActivate();
@@ -197,6 +203,8 @@ void FloatingPanel::load() {
         QQmlProperty(root, QStringLiteral("outline")).connectNotifySignal(this, SLOT(applyShape()));
 }
 
+/// Again whenever the window is seen anew: Qt may have made another native window of it, and window managers look at
+/// the shapes of windows that they manage already.
 void FloatingPanel::applyShape() {
     const bool isTranslucent = m_kit.theme().isTranslucent();
     // Along a cut there is no half covered pixel.
