@@ -109,8 +109,6 @@ void OverlayWindow::orderFront() {
     show();
     if (m_options.level == OverlayOptions::Level::aboveAll)
         raise();
-    else if (hasWindowManager())
-        sendBelowPanels();
     if (m_options.takesKeyboard)
         takeKeyboard();
 }
@@ -171,8 +169,13 @@ void OverlayWindow::paintEvent(QPaintEvent* event) {
 }
 
 void OverlayWindow::exposeEvent(QExposeEvent* event) {
-    if (m_options.letsClicksThrough && !std::exchange(m_wasExposed, true))
-        letClicksThrough(*this);
+    // Before, a window manager that is to hear of it did not yet manage the window.
+    if (!std::exchange(m_wasExposed, true)) {
+        if (m_options.letsClicksThrough)
+            takeClicksOnlyIn(*this, {});
+        if (m_options.level == OverlayOptions::Level::belowPanels && hasWindowManager())
+            sendBelowPanels();
+    }
     QRasterWindow::exposeEvent(event);
 }
 
