@@ -19,7 +19,8 @@ namespace keldra {
 /// The window itself: what no control of the view takes moves it.
 class FloatingPanel::View final : public QQuickView {
 public:
-    View(QQmlEngine& engine, bool isMovable) : QQuickView(&engine, nullptr), m_isMovable(isMovable) {
+    View(QQmlEngine& engine, bool isMovable, std::function<void()> exposed)
+        : QQuickView(&engine, nullptr), m_isMovable(isMovable), m_exposed(std::move(exposed)) {
         setResizeMode(QQuickView::SizeRootObjectToView);
         QSurfaceFormat alpha = format();
         alpha.setAlphaBufferSize(8);
@@ -36,6 +37,11 @@ protected:
             return true;
         }
         return QQuickView::event(event);
+    }
+    void exposeEvent(QExposeEvent* event) override {
+        QQuickView::exposeEvent(event);
+        if (isExposed())
+            m_exposed();
     }
     void mousePressEvent(QMouseEvent* event) override {
         QQuickView::mousePressEvent(event);
@@ -71,6 +77,7 @@ private:
         QPoint window;
     };
     const bool m_isMovable;
+    const std::function<void()> m_exposed;
     std::optional<Press> m_press;
     bool m_isMoving = false;
 };
@@ -78,7 +85,7 @@ private:
 FloatingPanel::FloatingPanel(PanelConfiguration configuration, UiKit& kit)
     : m_configuration(std::move(configuration))
     , m_kit(kit)
-    , m_view(std::make_unique<View>(kit.engine(), m_configuration.isMovable)) {
+    , m_view(std::make_unique<View>(kit.engine(), m_configuration.isMovable, [this] { applyShape(); })) {
     Qt::WindowFlags flags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
     if (m_configuration.ignoresMouse)
         flags |= Qt::WindowTransparentForInput | Qt::WindowDoesNotAcceptFocus;
@@ -145,6 +152,7 @@ void FloatingPanel::appear(bool takesKeyboard) {
     if (isKeptOff())
         return;
     m_kit.refreshTheme();
+    // So that nobody sees it whole.
     applyShape();
     // The name by which Qt passes this on to the window manager.
     m_view->setProperty("_q_showWithoutActivating", !takesKeyboard);
@@ -195,22 +203,29 @@ void FloatingPanel::load() {
         QQmlProperty(root, QStringLiteral("outline")).connectNotifySignal(this, SLOT(applyShape()));
 }
 
+/// Again whenever the window is seen anew: Qt may have made another native window of it, and window managers look at
+/// the shapes of windows that they manage already.
 void FloatingPanel::applyShape() {
+    const bool isTranslucent = m_kit.theme().isTranslucent();
+    // Along a cut there is no half covered pixel.
+    m_view->setColor(isTranslucent ? QColor(Qt::transparent) : m_kit.theme().ground());
     const double scale = m_view->devicePixelRatio();
-    // Along the cut there is no half covered pixel.
-    m_view->setColor(m_kit.theme().isTranslucent() ? QColor(Qt::transparent) : m_kit.theme().ground());
-    if (m_kit.theme().isTranslucent()) {
-        if (std::exchange(m_isCut, false))
-            cutToShape(*m_view, QRect(QPoint(), (m_frame.size() * scale).toSize()));
-        return;
-    }
-    QList<RoundedRect> shape;
+    const QRegion whole(QRect(QPoint(), (m_frame.size() * scale).toSize()));
+    QList<RoundedRect> outline;
     if (const QQuickItem* root = m_view->rootObject())
-        shape = shapeParts(root->property("outline").value<QJSValue>().toVariant().toList());
-    if (shape.isEmpty())
-        shape = {{QRectF(QPointF(), m_frame.size()), m_kit.theme().panelRadius()}};
-    m_isCut = true;
-    cutToShape(*m_view, shapeRegion(shape, scale));
+        outline = shapeParts(root->property("outline").value<QJSValue>().toVariant().toList());
+    const bool hasOutline = !outline.isEmpty();
+    if (!hasOutline)
+        outline = {{QRectF(QPointF(), m_frame.size()), m_kit.theme().panelRadius()}};
+    if (!isTranslucent) {
+        cutToShape(*m_view, shapeRegion(outline, scale));
+        m_isCut = true;
+    } else if (std::exchange(m_isCut, false)) {
+        cutToShape(*m_view, whole);
+    }
+    // What is cut off takes no clicks anyway.
+    if (isTranslucent && hasOutline && !m_configuration.ignoresMouse)
+        takeClicksOnlyIn(*m_view, shapeRegion(outline, scale));
 }
 
 } // namespace keldra

@@ -28,9 +28,9 @@ struct PanelConfiguration {
     bool mayBeRecorded = false;
 };
 
-/// A frameless window that floats above all others, on every desktop and off the taskbar, and shows one view. Without a
-/// compositing manager it is cut to the view's `outline` (parts as in shapeParts()), which is the whole window for a
-/// view that names none.
+/// A frameless window that floats above all others, on every desktop and off the taskbar, and shows one view. A view may
+/// name an `outline` (parts as in shapeParts()), beside which clicks go through; without a compositing manager the
+/// window is cut to it, or to a rounded rectangle.
 ///
 /// On a desktop whose recordings see every window a panel that must not be seen stays off the screen while its sharing
 /// type is none.

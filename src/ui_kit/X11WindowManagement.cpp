@@ -108,7 +108,7 @@ bool placeInRoot(QWindow& window, const QRect& rootPixels) {
     return true;
 }
 
-void cutToShape(QWindow& window, const QRegion& pixels) {
+static void setShape(QWindow& window, xcb_shape_sk_t kind, const QRegion& pixels) {
     xcb_connection_t* const x = x11::connection();
     if (x == nullptr || !x11::hasExtension(xcb_shape_id))
         return;
@@ -118,9 +118,17 @@ void cutToShape(QWindow& window, const QRegion& pixels) {
         rects.push_back({std::int16_t(rect.x()), std::int16_t(rect.y()), std::uint16_t(rect.width()),
                          std::uint16_t(rect.height())});
     // A QRegion's rectangles are sorted this way.
-    xcb_shape_rectangles(x, XCB_SHAPE_SO_SET, XCB_SHAPE_SK_BOUNDING, XCB_CLIP_ORDERING_YX_BANDED,
+    xcb_shape_rectangles(x, XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_YX_BANDED,
                          xcb_window_t(window.winId()), 0, 0, std::uint32_t(rects.size()), rects.data());
     xcb_flush(x);
+}
+
+void cutToShape(QWindow& window, const QRegion& pixels) {
+    setShape(window, XCB_SHAPE_SK_BOUNDING, pixels);
+}
+
+void takeClicksOnlyIn(QWindow& window, const QRegion& pixels) {
+    setShape(window, XCB_SHAPE_SK_INPUT, pixels);
 }
 
 QImage takeScreenshot(const QRect& rootPixels) {

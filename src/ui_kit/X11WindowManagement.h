@@ -30,6 +30,8 @@ void keepOffTaskbar(QWindow& window);
 bool placeInRoot(QWindow& window, const QRect& rootPixels);
 /// Cuts the window out along that region, in pixels from its upper left corner; nothing of an empty region shows.
 void cutToShape(QWindow& window, const QRegion& pixels);
+/// Lets clicks outside of that region, in the same pixels, through to what is below.
+void takeClicksOnlyIn(QWindow& window, const QRegion& pixels);
 /// What that part of the screen shows now, without the pointer; null elsewhere, or when the server does not answer.
 QImage takeScreenshot(const QRect& rootPixels);
 

@@ -63,12 +63,10 @@ TEST(PanelLayout, SettingsAndNoticeFitOnEveryScreen) {
             EXPECT_EQ(settings.width(), 288);
             EXPECT_GE(settings.height(), 280);
             const bool hasRoom = std::max(control.y(), usable.bottom() - control.y() - 76) > 400;
-            if (hasRoom)
-                EXPECT_FALSE(settings.intersects({control, controlPanelSize}));
+            EXPECT_FALSE(hasRoom && settings.intersects({control, controlPanelSize}));
             const QRectF notice({noticeOrigin(control, {settings, false}, all), noticePanelSize});
             EXPECT_TRUE(usable.contains(notice));
-            if (hasRoom)
-                EXPECT_FALSE(notice.intersects(settings)) << notice.y() << " " << settings.y();
+            EXPECT_FALSE(hasRoom && notice.intersects(settings)) << notice.y() << " " << settings.y();
         }
     const QList<Screen> large = screensOf({fullHd});
     EXPECT_EQ(settingsFrame({702.5, 76}, large), QRectF(917.5, 160, 288, 780));
