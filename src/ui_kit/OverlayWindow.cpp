@@ -109,10 +109,16 @@ void OverlayWindow::orderFront() {
     if (m_options.level == OverlayOptions::Level::aboveAll)
         raise();
     else if (hasWindowManager())
-        // To the back of those that the window manager keeps above others, which the panels are among.
-        lower();
+        sendBelowPanels();
     if (m_options.takesKeyboard)
         takeKeyboard();
+}
+
+void OverlayWindow::sendBelowPanels() {
+    // To the back of those that the window manager keeps above others, which the panels are among.
+    lower();
+    // Qt has told it a size of whole units of its own.
+    placeInRoot(*this, DesktopCoordinates::current().toRoot(m_options.frame));
 }
 
 void OverlayWindow::place() {

@@ -41,6 +41,7 @@ private:
     Qt::WindowFlags flagsFor(const OverlayOptions& options) const;
     void watchDesktop();
     void place();
+    void sendBelowPanels();
     void takeKeyboard();
     void applyShape();
     bool isShaped() const { return !m_isTranslucent && m_options.substitute == OverlayOptions::Substitute::shape; }
