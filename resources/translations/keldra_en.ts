@@ -415,13 +415,6 @@
     </message>
 </context>
 <context>
-    <name>WaylandPlatform</name>
-    <message>
-        <source>This Wayland session cannot be recorded yet. Log in to an X11 session to record.</source>
-        <translation type="unfinished"></translation>
-    </message>
-</context>
-<context>
     <name>WebcamOverlayView</name>
     <message>
         <source>Picture of the camera</source>
@@ -443,15 +436,15 @@
 <context>
     <name>keldra::AppDelegate</name>
     <message>
-        <source>This Wayland session cannot be recorded yet. Log in to an X11 session to record.</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>The screen is being recorded</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
         <source>A recording that could not be finished has been kept.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>On Wayland your desktop asks which display is recorded. Windows cannot be picked there, and cursor effects are not drawn.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -66,7 +66,8 @@ void nameApplication() {
 QStringList limitations() {
     if (!isWaylandSession())
         return {};
-    return {AppDelegate::tr("This Wayland session cannot be recorded yet. Log in to an X11 session to record.")};
+    return {AppDelegate::tr("On Wayland your desktop asks which display is recorded. Windows cannot be picked there, and "
+                            "cursor effects are not drawn.")};
 }
 
 /// Everything of the agent, in the order in which it is made; it goes in the reverse one.

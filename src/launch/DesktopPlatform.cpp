@@ -4,6 +4,7 @@
 #include "platform/pipewire/AudioSinkSounds.h"
 #include "platform/pipewire/PipeWireAudioSink.h"
 #include "platform/pipewire/PipeWireDevices.h"
+#include "platform/portal/PortalDisplayCapture.h"
 #include "platform/qt/DBusRunningApplications.h"
 #include "platform/qt/DBusSleepInhibitor.h"
 #include "platform/qt/PortalPermissions.h"
@@ -54,7 +55,10 @@ Result<Platform> makeAgentPlatform(std::shared_ptr<HostClock> clock, Scheduler& 
                                    double scaleFactor) {
     Platform platform;
     if (isWaylandSession()) {
-        platform = makeWaylandPlatform(std::move(clock), mainQueue);
+        platform = makeWaylandPlatform(clock);
+        platform.makeDisplayCapture = [clock, screens = platform.screens, &mainQueue] {
+            return std::make_unique<PortalDisplayCapture>(clock, screens, mainQueue);
+        };
         platform.permissions = std::make_shared<PortalPermissions>(QDBusConnection::sessionBus());
     } else {
         TRY_LET(platform, makeX11Platform(std::move(clock), mainQueue, scaleFactor));

@@ -15,6 +15,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <langinfo.h>
+#include <malloc.h>
 
 namespace {
 
@@ -62,10 +63,16 @@ int runSubcommand(int& argc, char** argv, const QStringList& words) {
     return QCoreApplication::exec();
 }
 
+/// What is as large as a picture goes back to the system when it is let go of, and leaves no holes in the heap.
+void keepPicturesOffTheHeap() {
+    mallopt(M_MMAP_THRESHOLD, 1 << 18);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     ensureUtf8Locale();
+    keepPicturesOffTheHeap();
     const QStringList words = wordsOf(argc, argv);
     if (const auto request = keldra::readAgentRequest(words, QDir::currentPath()))
         return keldra::runAgent(argc, argv, *request, analyticsAccount());

@@ -1,6 +1,5 @@
 #include "platform/qt/WaylandPlatform.h"
 
-#include <QCoreApplication>
 #include <QCursor>
 #include <QGuiApplication>
 #include <QScreen>
@@ -9,15 +8,6 @@
 
 namespace keldra {
 namespace {
-
-Error cannotRecord() {
-    return {"Platform",
-            1,
-            QCoreApplication::translate("WaylandPlatform", "This Wayland session cannot be recorded yet. "
-                                                           "Log in to an X11 session to record.")
-                .toStdString(),
-            {}};
-}
 
 /// The primary screen's height is where y is turned round.
 QRectF toPoints(const QRect& rect, const QRect& primary) {
@@ -80,41 +70,14 @@ public:
     unsigned takePressedButtons() override { return 0; }
 };
 
-class NoContent final : public ShareableContent {
-public:
-    explicit NoContent(Executor& mainQueue) : m_mainQueue(mainQueue) {}
-    void current(Completion<ShareableContentSnapshot> done) override {
-        m_mainQueue.post([done = std::move(done)] { done(fail(cannotRecord())); });
-    }
-
-private:
-    Executor& m_mainQueue;
-};
-
-class NoDisplayCapture final : public DisplayCapture {
-public:
-    explicit NoDisplayCapture(Executor& mainQueue) : m_mainQueue(mainQueue) {}
-    void start(DisplayCaptureConfiguration, Executor&, FrameSink, Completion<void> done) override {
-        m_mainQueue.post([done = std::move(done)] { done(fail(cannotRecord())); });
-    }
-    void stop(Completion<void> done) override {
-        m_mainQueue.post([done = std::move(done)] { done({}); });
-    }
-
-private:
-    Executor& m_mainQueue;
-};
-
 } // namespace
 
-Platform makeWaylandPlatform(std::shared_ptr<HostClock> clock, Executor& mainQueue) {
+Platform makeWaylandPlatform(std::shared_ptr<HostClock> clock) {
     Platform platform;
     platform.clock = std::move(clock);
     platform.screens = std::make_shared<QtScreens>();
     platform.windows = std::make_shared<NoWindows>();
-    platform.shareableContent = std::make_shared<NoContent>(mainQueue);
     platform.pointer = std::make_shared<QtPointer>();
-    platform.makeDisplayCapture = [&mainQueue] { return std::make_unique<NoDisplayCapture>(mainQueue); };
     return platform;
 }
 
