@@ -117,12 +117,18 @@ void OverlayWindow::sendBelowPanels() {
     // To the back of those that the window manager keeps above others, which the panels are among.
     lower();
     // Qt has told it a size of whole units of its own.
-    placeInRoot(*this, DesktopCoordinates::current().toRoot(m_options.frame));
+    placeInRoot(*this, rootRect());
+}
+
+/// A window manager takes one that fills a monitor exactly for a full-screen program's, and may keep it above all others.
+QRect OverlayWindow::rootRect() const {
+    const QRect rect = DesktopCoordinates::current().toRoot(m_options.frame);
+    return m_options.level == OverlayOptions::Level::belowPanels ? rect.adjusted(0, 0, 1, 1) : rect;
 }
 
 void OverlayWindow::place() {
     const DesktopCoordinates coordinates = DesktopCoordinates::current();
-    const QRect root = coordinates.toRoot(m_options.frame);
+    const QRect root = rootRect();
     setGeometry(coordinates.toQt(m_options.frame));
     create();
     placeInRoot(*this, root);

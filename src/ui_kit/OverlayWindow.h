@@ -42,6 +42,7 @@ private:
     Qt::WindowFlags flagsFor(const OverlayOptions& options) const;
     void watchDesktop();
     void place();
+    QRect rootRect() const;
     void sendBelowPanels();
     void takeKeyboard();
     void applyShape();
