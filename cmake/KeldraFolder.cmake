@@ -44,15 +44,21 @@ function(keldra_uses_qt target)
   target_precompile_headers(${target} REUSE_FROM keldra_qt_headers)
 endfunction()
 
-# keldra_test(NAME [QT | GUI] [DESKTOP] LINKS...): one test program per folder, run by ctest. GUI is QT with fonts, images
-# and windows that nobody sees. DESKTOP runs it on a desktop of its own, and beside no other test: it watches clocks.
+# keldra_test(NAME [QT | GUI | WINDOWS] [DESKTOP] LINKS...): one test program per folder, run by ctest. GUI is QT with fonts,
+# images and windows that nobody sees. DESKTOP runs it on a desktop of its own, and beside no other test: it watches
+# clocks. WINDOWS is both, with widgets.
 function(keldra_test name)
-  cmake_parse_arguments(TEST "QT;GUI;DESKTOP" "" "LINKS" ${ARGN})
+  cmake_parse_arguments(TEST "QT;GUI;DESKTOP;WINDOWS" "" "LINKS" ${ARGN})
   file(GLOB sources CONFIGURE_DEPENDS ${CMAKE_SOURCE_DIR}/tests/${name}/*.cpp)
   set(target test_${name})
   add_executable(${target} ${sources})
   target_link_libraries(${target} PRIVATE keldra_compile ${TEST_LINKS} keldra_doubles GTest::gtest GTest::gmock)
-  if(TEST_GUI)
+  if(TEST_WINDOWS)
+    target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests/doubles/WindowsTestMain.cpp)
+    target_link_libraries(${target} PRIVATE Qt6::Widgets)
+    keldra_uses_qt(${target})
+    set(TEST_DESKTOP ON)
+  elseif(TEST_GUI)
     target_sources(${target} PRIVATE ${CMAKE_SOURCE_DIR}/tests/doubles/GuiTestMain.cpp)
     keldra_uses_qt(${target})
   elseif(TEST_QT)

@@ -81,8 +81,13 @@ public:
     /// Nothing unless recording.
     Q_INVOKABLE void stopRecording();
     QCoro::Task<> requestScreenPermission();
+    /// Asks first while recording.
     Q_INVOKABLE void requestQuit();
     Q_INVOKABLE void confirmQuit();
+    /// Ends the program without asking: at once, or as soon as the recording that is at work has become a whole file.
+    void quitWithoutAsking();
+    /// Whether a recording is counted down, runs, or is being finished.
+    bool isRecordingAtWork() const;
     Q_INVOKABLE void openLastRecordingInEditor();
     Q_INVOKABLE void revealLastRecording();
 
@@ -107,6 +112,7 @@ public:
 
     // Notices.
 
+    void showNotice(AppNotice::Kind kind, const QString& message, std::optional<AppNotice::Action> action);
     Q_INVOKABLE void dismissNotice();
     Q_INVOKABLE void performNoticeAction();
 
@@ -127,6 +133,10 @@ public:
     Q_INVOKABLE void toggleCameraOverlaySize();
     Q_INVOKABLE void toggleCameraOverlayShape();
     QCoro::Task<> chooseOutputDirectory();
+
+Q_SIGNALS:
+    /// The program ends with the recording at work; until then nothing is shown.
+    void willQuitAfterRecording();
 
 private:
     void loadPreferences();
@@ -150,7 +160,9 @@ private:
     void syncPointerEffectsMonitor();
 
     void noteErrorMessage(const QString& message);
-    void showNotice(AppNotice::Kind kind, const QString& message, std::optional<AppNotice::Action> action);
+    /// Unless this desktop has no such page.
+    std::optional<AppNotice::Action> helpFor(const QString& message) const;
+    void endIfAskedTo();
 
     const Parts m_parts;
     const std::shared_ptr<CameraOverlayState> m_cameraOverlayState = std::make_shared<CameraOverlayState>();
@@ -161,6 +173,7 @@ private:
     std::optional<QString> m_lastErrorMessage;
     /// A press of the record button is at work.
     bool m_isStarting = false;
+    /// The program ends with the recording's result, so that the file is whole.
     bool m_pendingAppTermination = false;
     /// Of the recording whose result is still to come; null for none.
     QUuid m_recordingID;

@@ -121,11 +121,14 @@ QCoro::Task<> AppModel::runRecorder(CaptureSelection selection) {
         m_recordingID = {};
         logFailure("start", started.error());
         fail(QString::fromStdString(started.error().message));
+        endIfAskedTo();
         co_return;
     }
     setRecordingState(RecordingState::recording);
     startElapsedTimer();
     m_parts.telemetry.trackRecordingStarted(captureMode(), cameraEnabled(), microphoneEnabled());
+    if (m_pendingAppTermination)
+        stopRecording();
 }
 
 QCoro::Task<bool> AppModel::requestAudioPermissionIfNeeded(bool force) {
@@ -172,8 +175,7 @@ void AppModel::handleRecordingResult(const Result<RecordingOutput>& result) {
         logFailure("result", result.error());
         fail(QString::fromStdString(result.error().message));
     }
-    if (std::exchange(m_pendingAppTermination, false))
-        m_parts.application.terminate();
+    endIfAskedTo();
 }
 
 void AppModel::fail(const QString& message) {
@@ -183,7 +185,7 @@ void AppModel::fail(const QString& message) {
 
 void AppModel::requestQuit() {
     if (recordingState() != RecordingState::recording) {
-        m_parts.application.terminate();
+        quitWithoutAsking();
         return;
     }
     setIsSettingsPresented(false);
@@ -192,13 +194,28 @@ void AppModel::requestQuit() {
 
 void AppModel::confirmQuit() {
     setIsCloseConfirmationPresented(false);
-    if (recordingState() != RecordingState::recording) {
+    quitWithoutAsking();
+}
+
+void AppModel::quitWithoutAsking() {
+    // During a countdown there is nothing to be lost until the recorder is asked to start.
+    if (m_recordingID.isNull()) {
         m_parts.application.terminate();
         return;
     }
-    // The program ends with the recording's result, so that the file is whole.
-    m_pendingAppTermination = true;
+    if (!std::exchange(m_pendingAppTermination, true))
+        Q_EMIT willQuitAfterRecording();
     stopRecording();
+}
+
+void AppModel::endIfAskedTo() {
+    if (std::exchange(m_pendingAppTermination, false))
+        m_parts.application.terminate();
+}
+
+bool AppModel::isRecordingAtWork() const {
+    return recordingState() == RecordingState::countdown || recordingState() == RecordingState::recording ||
+           recordingState() == RecordingState::stopping;
 }
 
 void AppModel::openLastRecordingInEditor() {

@@ -47,6 +47,8 @@ inline constexpr PreferenceKey<CameraOverlaySize> cameraOverlaySize{"preferences
                                                                     CameraOverlaySize::large};
 inline constexpr PreferenceKey<CameraOverlayShape> cameraOverlayShape{"preferences.cameraOverlayShape",
                                                                       CameraOverlayShape::circle};
+/// When the newest kept recording was written that the user has been told of, in milliseconds since 1970.
+inline constexpr TextPreferenceKey toldOfKeptRecording{"recovery.toldOfKeptRecording"};
 inline constexpr PreferenceKey<bool> migratedLegacyPreferences{"branding.migratedLegacyPreferences", false};
 
 } // namespace preferenceKeys

@@ -75,12 +75,13 @@ void ShownPointerEffects::paintOutlines(QPainter& painter, const ViewSpace& spac
 
 QPainterPath ShownPointerEffects::outlines(const ViewSpace& space) const {
     QPainterPath path;
+    // Holes run the other way round, so that they take nothing from rings that cross them.
+    path.setFillRule(Qt::WindingFill);
     for (const Ring& ring : ringsOf(m_circles, space)) {
-        QPainterPath disc;
-        disc.addEllipse(ring.centre, ring.outer, ring.outer);
+        path.addEllipse(ring.centre, ring.outer, ring.outer);
         QPainterPath hole;
         hole.addEllipse(ring.centre, ring.inner, ring.inner);
-        path = path.united(disc.subtracted(hole));
+        path.addPath(hole.toReversed());
     }
     return path;
 }

@@ -72,7 +72,11 @@ const Command* findCommand(const QString& name) {
 }
 
 QByteArray help() {
-    QByteArray text = "KELDRA records the screen and turns movies into polished MP4 files.\n\n";
+    QByteArray text = R"(KELDRA records the screen and turns movies into polished MP4 files.
+
+keldra [FILE | --open]
+        the recorder on the desktop; with a movie to edit, or the dialog that picks one
+)";
     for (const Command& command : commands)
         text += command.usage;
     return text +
@@ -94,7 +98,7 @@ QCoro::Task<Result<void>> run(const CommandContext& context, QStringList words) 
         co_return printed("keldra " + QCoreApplication::applicationVersion().toUtf8() + '\n');
     const Command* command = findCommand(name);
     if (!command)
-        co_return fail(usageError(QStringLiteral("there is no command \"%1\"").arg(name)));
+        co_return fail(usageError(QStringLiteral("there is no command \"%1\", nor such a file").arg(name)));
     if (words.contains(QStringLiteral("--help")))
         co_return printed(command->usage);
     co_return co_await command->run(context, words.mid(1));

@@ -1,6 +1,7 @@
 #include "imaging/PixelBufferPool.h"
 
 #include "base/Recycling.h"
+#include "imaging/SurplusCount.h"
 
 #include <mutex>
 #include <vector>
@@ -14,7 +15,9 @@ struct PixelBufferPool::State {
     int limit;
     std::mutex lock;
     int made = 0;
+    /// The one that came back last is taken first, so that the others can go.
     std::vector<PixelBuffer> idle;
+    SurplusCount surplus;
 };
 
 PixelBufferPool::PixelBufferPool(PixelFormat format, int width, int height, int limit)
@@ -28,6 +31,8 @@ PixelBufferPool::PixelBufferPool(PixelFormat format, int width, int height, int 
 
 PixelBuffer PixelBufferPool::take() {
     PixelBuffer buffer;
+    // Let go after the lock.
+    std::vector<PixelBuffer> unneeded;
     {
         const std::lock_guard guard(m_state->lock);
         if (!m_state->idle.empty()) {
@@ -39,6 +44,11 @@ PixelBuffer PixelBufferPool::take() {
         } else {
             return {};
         }
+        const int count = m_state->surplus.note(int(m_state->idle.size()));
+        const auto end = m_state->idle.begin() + count;
+        unneeded.assign(m_state->idle.begin(), end);
+        m_state->idle.erase(m_state->idle.begin(), end);
+        m_state->made -= count;
     }
     PixelBuffer::Planes planes;
     for (int plane = 0; plane < PixelBuffer::planeCount(m_state->format); ++plane)

@@ -1,6 +1,17 @@
 #include "launch/DesktopPlatform.h"
 
+#include "identity/Identity.h"
+#include "platform/pipewire/AudioSinkSounds.h"
+#include "platform/pipewire/PipeWireAudioSink.h"
 #include "platform/pipewire/PipeWireDevices.h"
+#include "platform/portal/PortalDisplayCapture.h"
+#include "platform/qt/DBusRunningApplications.h"
+#include "platform/qt/DBusSleepInhibitor.h"
+#include "platform/qt/PortalPermissions.h"
+#include "platform/qt/QtDialogs.h"
+#include "platform/qt/QtEventMonitor.h"
+#include "platform/qt/QtWorkspace.h"
+#include "platform/qt/WaylandPlatform.h"
 #include "platform/x11/X11Platform.h"
 
 #include <QtGlobal>
@@ -8,11 +19,25 @@
 namespace keldra {
 namespace {
 
-bool isWaylandSession() {
-    return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") || qgetenv("XDG_SESSION_TYPE") == "wayland";
+void addDesktop(Platform& platform, Scheduler& scheduler, Executor& mainQueue) {
+    platform.workspace = std::make_shared<QtWorkspace>();
+    platform.dialogs = std::make_shared<QtDialogs>(mainQueue);
+    platform.events = std::make_shared<QtEventMonitor>();
+    platform.sounds =
+        std::make_shared<AudioSinkSounds>([] { return std::make_unique<PipeWireAudioSink>(); }, scheduler);
+    platform.sleepInhibitor = std::make_shared<DBusSleepInhibitor>();
+    const QDBusConnection bus = QDBusConnection::sessionBus();
+    if (bus.isConnected())
+        platform.applications = std::make_shared<DBusRunningApplications>(
+            bus, BusIdentity{QString::fromLatin1(identity::busName), QString::fromLatin1(identity::earlierBusName)},
+            scheduler);
 }
 
 } // namespace
+
+bool isWaylandSession() {
+    return !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY") || qgetenv("XDG_SESSION_TYPE") == "wayland";
+}
 
 Result<Platform> makeDesktopPlatform(std::shared_ptr<HostClock> clock, Executor& mainQueue) {
     if (isWaylandSession())
@@ -23,6 +48,23 @@ Result<Platform> makeDesktopPlatform(std::shared_ptr<HostClock> clock, Executor&
                           {}});
     TRY_LET(Platform platform, makeX11Platform(std::move(clock), mainQueue, 1.0));
     addPipeWireDevices(platform, mainQueue);
+    return platform;
+}
+
+Result<Platform> makeAgentPlatform(std::shared_ptr<HostClock> clock, Scheduler& scheduler, Executor& mainQueue,
+                                   double scaleFactor) {
+    Platform platform;
+    if (isWaylandSession()) {
+        platform = makeWaylandPlatform(clock);
+        platform.makeDisplayCapture = [clock, screens = platform.screens, &mainQueue] {
+            return std::make_unique<PortalDisplayCapture>(clock, screens, mainQueue);
+        };
+        platform.permissions = std::make_shared<PortalPermissions>(QDBusConnection::sessionBus());
+    } else {
+        TRY_LET(platform, makeX11Platform(std::move(clock), mainQueue, scaleFactor));
+    }
+    addPipeWireDevices(platform, mainQueue);
+    addDesktop(platform, scheduler, mainQueue);
     return platform;
 }
 

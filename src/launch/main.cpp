@@ -3,16 +3,19 @@
 #include "base/Log.h"
 #include "cli/CommandLine.h"
 #include "identity/Identity.h"
+#include "launch/AgentProgram.h"
 #include "launch/DesktopPlatform.h"
 #include "platform/qt/QtApplication.h"
 
 #include <QCoreApplication>
+#include <QDir>
 
 #include <clocale>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <langinfo.h>
+#include <malloc.h>
 
 namespace {
 
@@ -21,6 +24,13 @@ void ensureUtf8Locale() {
     std::setlocale(LC_ALL, "");
     if (std::strcmp(nl_langinfo(CODESET), "UTF-8") != 0)
         setenv("LC_ALL", "C.UTF-8", 1);
+}
+
+QStringList wordsOf(int argc, char** argv) {
+    QStringList words;
+    for (int i = 1; i < argc; ++i)
+        words.append(QString::fromLocal8Bit(argv[i]));
+    return words;
 }
 
 keldra::AnalyticsAccount analyticsAccount() {
@@ -32,7 +42,9 @@ keldra::AnalyticsAccount analyticsAccount() {
             QString::fromUtf8(analyticsHostSH)};
 }
 
-int runSubcommand(const QStringList& words) {
+int runSubcommand(int& argc, char** argv, const QStringList& words) {
+    QCoreApplication qtApplication(argc, argv);
+    QCoreApplication::setApplicationVersion(QString::fromUtf8(keldra::identity::version));
     // A reader that closes the pipe early is an error to be told, not the end of a recording.
     std::signal(SIGPIPE, SIG_IGN);
     keldra::setLogStream(keldra::LogStream::standardError);
@@ -51,16 +63,18 @@ int runSubcommand(const QStringList& words) {
     return QCoreApplication::exec();
 }
 
+/// What is as large as a picture goes back to the system when it is let go of, and leaves no holes in the heap.
+void keepPicturesOffTheHeap() {
+    mallopt(M_MMAP_THRESHOLD, 1 << 18);
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
     ensureUtf8Locale();
-    QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationVersion(QString::fromUtf8(keldra::identity::version));
-    const QStringList words = QCoreApplication::arguments().mid(1);
-    if (words.isEmpty()) {
-        std::fputs("keldra: this version has no desktop agent yet; give a command, see keldra --help\n", stderr);
-        return 2;
-    }
-    return runSubcommand(words);
+    keepPicturesOffTheHeap();
+    const QStringList words = wordsOf(argc, argv);
+    if (const auto request = keldra::readAgentRequest(words, QDir::currentPath()))
+        return keldra::runAgent(argc, argv, *request, analyticsAccount());
+    return runSubcommand(argc, argv, words);
 }

@@ -19,17 +19,21 @@ struct FileMovieWriter::Shared {
     Executor* troubleAnswer = nullptr;
     std::function<void(MovieWriterTrouble)> onTrouble;
 
+    mutable std::mutex lock;
+    std::optional<Error> firstError;
+    /// Made before the queue, then the queue's. Last, because what it watches its file with tells the others.
+    std::unique_ptr<TakeWriter> writer;
+
     std::optional<Error> error() const {
-        const std::lock_guard guard(m_lock);
-        return m_error;
+        const std::lock_guard guard(lock);
+        return firstError;
     }
-    /// The first error stays.
     void setError(Error error) {
         {
-            const std::lock_guard guard(m_lock);
-            if (m_error)
+            const std::lock_guard guard(lock);
+            if (firstError)
                 return;
-            m_error = std::move(error);
+            firstError = std::move(error);
         }
         tell(MovieWriterTrouble::failed);
     }
@@ -37,14 +41,6 @@ struct FileMovieWriter::Shared {
         if (onTrouble)
             troubleAnswer->post([tell = onTrouble, trouble] { tell(trouble); });
     }
-
-private:
-    mutable std::mutex m_lock;
-    std::optional<Error> m_error;
-
-public:
-    /// Made before the queue, then the queue's. Last, because what it watches its file with tells the others.
-    std::unique_ptr<TakeWriter> writer;
 };
 
 class FileMovieWriter::VideoInput final : public MovieWriterVideoInput {

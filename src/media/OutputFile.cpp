@@ -48,6 +48,19 @@ Result<std::unique_ptr<OutputFile>> OutputFile::create(const std::string& path, 
     const int descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor < 0)
         return fail(systemError(errno, fileNameOf(path)));
+    return wrap(descriptor, path, access);
+}
+
+Result<std::unique_ptr<OutputFile>> OutputFile::createUnnamed(const std::string& path) {
+    const int descriptor = ::open(folderOf(path).c_str(), O_RDWR | O_TMPFILE | O_CLOEXEC, 0666);
+    if (descriptor < 0)
+        return create(path, Access::rewritable);
+    auto file = wrap(descriptor, path, Access::rewritable);
+    file->m_isUnnamed = true;
+    return file;
+}
+
+std::unique_ptr<OutputFile> OutputFile::wrap(int descriptor, const std::string& path, Access access) {
     std::unique_ptr<OutputFile> file(new OutputFile(descriptor, path));
     // Tells others that the file still grows. Where a file system has no locks nobody else looks for one either.
     (void)::flock(descriptor, LOCK_EX | LOCK_NB);
@@ -241,7 +254,18 @@ Result<void> OutputFile::renameToFreeName(const std::string& path) {
     return {};
 }
 
+Result<void> OutputFile::giveName() {
+    if (!m_isUnnamed)
+        return {};
+    // Nobody can give a file a name that is taken, so it gets one of its own first.
+    if (::linkat(AT_FDCWD, pathOfDescriptor().c_str(), AT_FDCWD, m_path.c_str(), AT_SYMLINK_FOLLOW) != 0)
+        return fail(systemError(errno, fileNameOf(m_path)));
+    m_isUnnamed = false;
+    return {};
+}
+
 Result<void> OutputFile::renameTo(const std::string& path) {
+    TRY(giveName());
     if (::rename(m_path.c_str(), path.c_str()) != 0)
         return fail(systemError(errno, fileNameOf(path)));
     m_path = path;
@@ -250,7 +274,7 @@ Result<void> OutputFile::renameTo(const std::string& path) {
 
 Result<void> replaceFile(const std::string& path, const std::string& temporaryPath,
                          const std::function<Result<void>(OutputFile&)>& write) {
-    TRY_LET(const auto file, OutputFile::create(temporaryPath, OutputFile::Access::rewritable));
+    TRY_LET(const auto file, OutputFile::createUnnamed(temporaryPath));
     const auto make = [&]() -> Result<void> {
         TRY(write(*file));
         TRY(file->sync());

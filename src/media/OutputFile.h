@@ -22,6 +22,9 @@ public:
 
     /// Makes the file; a name that exists is an error. The file is locked (flock) as long as this object lives.
     [[nodiscard]] static Result<std::unique_ptr<OutputFile>> create(const std::string& path, Access access);
+    /// Makes a rewritable file that has no name until renameTo(), so that nothing is left of it should the process end
+    /// before; where a file system has no such files it stands at `path` until then.
+    [[nodiscard]] static Result<std::unique_ptr<OutputFile>> createUnnamed(const std::string& path);
     /// Closes. What was written stays.
     ~OutputFile();
     OutputFile(const OutputFile&) = delete;
@@ -68,6 +71,8 @@ public:
 
 private:
     OutputFile(int descriptor, std::string path);
+    static std::unique_ptr<OutputFile> wrap(int descriptor, const std::string& path, Access access);
+    Result<void> giveName();
     bool isAt(const std::string& path) const;
     static int writeBytes(void* self, std::uint8_t* bytes, int count);
     static int readBytes(void* self, std::uint8_t* bytes, int count);
@@ -78,13 +83,15 @@ private:
     AVIOContext* m_io = nullptr;
     int m_errno = 0;
     bool m_isLeftOut = false;
+    bool m_isUnnamed = false;
 };
 
 /// The folder that a path names its file in.
 std::string folderOf(const std::string& path);
 
-/// Has a new file written at `temporaryPath` and puts it in the place of `path` once it is whole and on the disk. When
-/// that fails `path` stands as before and the new file is gone.
+/// Has a new file written beside `path` and puts it in its place once it is whole and on the disk. When that fails, or the
+/// process ends before, `path` stands as before and the new file is gone; only where a file system knows no files without
+/// a name, a process that ends leaves `temporaryPath`.
 [[nodiscard]] Result<void> replaceFile(const std::string& path, const std::string& temporaryPath,
                                        const std::function<Result<void>(OutputFile&)>& write);
 

@@ -1,11 +1,15 @@
 #pragma once
 
 #include <QString>
+#include <Qt>
 
 #include <functional>
 #include <memory>
 
 namespace keldra {
+
+/// The property of a window's object that holds the window's identifier.
+inline constexpr char windowIdentifierProperty[] = "keldra.identifier";
 
 /// Something the user did in one of this program's windows.
 struct WindowEvent {
@@ -19,6 +23,7 @@ struct WindowEvent {
     QString window;
     /// A Qt::Key; 0 for the mouse.
     int key = 0;
+    Qt::KeyboardModifiers modifiers{};
     friend bool operator==(const WindowEvent&, const WindowEvent&) = default;
 };
 

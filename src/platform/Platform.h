@@ -11,9 +11,11 @@
 #include "platform/OwnWindows.h"
 #include "platform/Permissions.h"
 #include "platform/Pointer.h"
+#include "platform/RunningApplications.h"
 #include "platform/ScreenStream.h"
 #include "platform/Screens.h"
 #include "platform/ShareableContent.h"
+#include "platform/SleepInhibitor.h"
 #include "platform/SystemSounds.h"
 #include "platform/WindowList.h"
 #include "platform/Workspace.h"
@@ -27,7 +29,7 @@ namespace keldra {
 /// Without `devices` there are neither cameras nor microphones, and their factories stand empty. An empty
 /// `makeScreenStream` says that this desktop cannot stream, and recordings capture the display as it is.
 /// Without `permissions` the desktop forbids nothing. The command line has no windows, and needs none of `workspace`,
-/// `dialogs`, `sounds` and `events`.
+/// `dialogs`, `sounds`, `events`, `applications` and `sleepInhibitor`.
 struct Platform {
     std::shared_ptr<HostClock> clock;
     std::shared_ptr<Screens> screens;
@@ -37,6 +39,9 @@ struct Platform {
     std::shared_ptr<Dialogs> dialogs;
     std::shared_ptr<SystemSounds> sounds;
     std::shared_ptr<EventMonitor> events;
+    /// Empty where this login session has no bus.
+    std::shared_ptr<RunningApplications> applications;
+    std::shared_ptr<SleepInhibitor> sleepInhibitor;
     std::shared_ptr<ShareableContent> shareableContent;
     ScreenStreamFactory makeScreenStream;
     DisplayCaptureFactory makeDisplayCapture;

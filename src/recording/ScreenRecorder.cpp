@@ -59,6 +59,7 @@ ScreenRecorder::~ScreenRecorder() = default;
 QCoro::Task<Result<void>> ScreenRecorder::startRecording(RecordingRequest request, OnFinish onFinish) {
     CO_TRY_LET(const QString path, makeOutputPath(request.outputDirectory, request.now));
     CO_TRY(checkRoomToRecord(request.outputDirectory));
+    ++m_attempt;
     m_completion = std::move(onFinish);
     m_pointerEffects = request.pointerEffectsMonitor;
     m_clickTimes.reset();
@@ -163,9 +164,9 @@ Result<std::shared_ptr<StreamRecordingSession>> ScreenRecorder::makeSession(Fram
     parts.recoveryDirectory =
         (request.recoveryDirectory.isEmpty() ? recordingRecoveryDirectory() : request.recoveryDirectory).toStdString();
     parts.onFirstFrame = request.onFirstFrame;
-    parts.onFinish = [this, alive = std::weak_ptr<bool>(m_isAlive),
+    parts.onFinish = [this, alive = std::weak_ptr<bool>(m_isAlive), attempt = m_attempt,
                       url = QUrl::fromLocalFile(path)](const Result<RecordingEnding>& result) {
-        if (!alive.expired())
+        if (!alive.expired() && m_attempt == attempt)
             deliver(result.map([&](RecordingEnding ending) { return RecordingOutput{url, false, ending}; }));
     };
     return std::make_shared<StreamRecordingSession>(std::move(parts));
@@ -240,6 +241,7 @@ void ScreenRecorder::mixClicks(RecordingOutput output, std::vector<double> times
 }
 
 QCoro::Task<> ScreenRecorder::abortRecording() {
+    ++m_attempt;
     takeClickTimes();
     m_completion = nullptr;
     m_pointerEffects.reset();

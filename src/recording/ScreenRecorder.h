@@ -89,6 +89,8 @@ private:
     Executor& m_captureQueue;
     Executor& m_mainQueue;
     OnFinish m_completion;
+    /// Counts starts and what ends them early, so that nobody takes the result of an earlier one for the latest's.
+    int m_attempt = 0;
     std::shared_ptr<StreamRecordingSession> m_session;
     std::shared_ptr<PointerEffectsMonitor> m_pointerEffects;
     /// Nothing until they are taken from the monitor.

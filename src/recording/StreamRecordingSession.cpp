@@ -109,6 +109,9 @@ void StreamRecordingSession::startSource(Completion<void> done) {
     m_parts.source.start(*m_parts.queue, std::move(sink), [weak, done = std::move(done)](const Result<void>& started) {
         if (const auto self = weak.lock(); self && started)
             self->startTicks();
+        else if (self)
+            // Pictures may have come all the same.
+            self->requestFinish(started.error(), self->m_parts.clock->now());
         done(started);
     });
 }

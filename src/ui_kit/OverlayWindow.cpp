@@ -3,6 +3,7 @@
 #include "ui_kit/DesktopCoordinates.h"
 #include "ui_kit/X11WindowManagement.h"
 
+#include <QExposeEvent>
 #include <QGuiApplication>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -109,10 +110,16 @@ void OverlayWindow::orderFront() {
     if (m_options.level == OverlayOptions::Level::aboveAll)
         raise();
     else if (hasWindowManager())
-        // To the back of those that the window manager keeps above others, which the panels are among.
-        lower();
+        sendBelowPanels();
     if (m_options.takesKeyboard)
         takeKeyboard();
+}
+
+void OverlayWindow::sendBelowPanels() {
+    // To the back of those that the window manager keeps above others, which the panels are among.
+    lower();
+    // Qt has told it a size of whole units of its own.
+    placeInRoot(*this, DesktopCoordinates::current().toRoot(m_options.frame));
 }
 
 void OverlayWindow::place() {
@@ -161,6 +168,12 @@ void OverlayWindow::paintEvent(QPaintEvent* event) {
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
     painter.setRenderHint(QPainter::Antialiasing);
     m_view.paint(painter, m_space);
+}
+
+void OverlayWindow::exposeEvent(QExposeEvent* event) {
+    if (m_options.letsClicksThrough && !std::exchange(m_wasExposed, true))
+        takeClicksOnlyIn(*this, {});
+    QRasterWindow::exposeEvent(event);
 }
 
 QPointF OverlayWindow::pointOf(const QMouseEvent& event) const {

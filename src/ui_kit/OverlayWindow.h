@@ -32,6 +32,7 @@ public:
 
 protected:
     void paintEvent(QPaintEvent* event) override;
+    void exposeEvent(QExposeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
@@ -41,6 +42,7 @@ private:
     Qt::WindowFlags flagsFor(const OverlayOptions& options) const;
     void watchDesktop();
     void place();
+    void sendBelowPanels();
     void takeKeyboard();
     void applyShape();
     bool isShaped() const { return !m_isTranslucent && m_options.substitute == OverlayOptions::Substitute::shape; }
@@ -55,6 +57,7 @@ private:
     /// What lies below, where that does not shine through.
     QImage m_ground;
     QRegion m_shape;
+    bool m_wasExposed = false;
     RegisteredWindow m_registration;
 };
 

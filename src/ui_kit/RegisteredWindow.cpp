@@ -1,5 +1,6 @@
 #include "ui_kit/RegisteredWindow.h"
 
+#include "platform/EventMonitor.h"
 #include "ui_kit/DesktopCoordinates.h"
 
 #include <QGuiApplication>
@@ -15,6 +16,7 @@ RegisteredWindow::RegisteredWindow(QWindow& window, std::shared_ptr<OwnWindows> 
     , m_identifier(std::move(identifier))
     , m_sharingType(sharingType)
     , m_handle(m_ownWindows->add(row())) {
+    window.setProperty(windowIdentifierProperty, m_identifier);
     connect(&window, &QWindow::visibleChanged, this, &RegisteredWindow::update);
     connect(&window, &QWindow::opacityChanged, this, &RegisteredWindow::update);
     connect(&window, &QWindow::xChanged, this, &RegisteredWindow::update);

@@ -39,6 +39,17 @@ void setNumbers(xcb_window_t window, const char* property, xcb_atom_t type, cons
                         std::uint32_t(values.size()), values.data());
 }
 
+/// Qt asks window managers for sizes in steps of its own units, which need not add up to what is wanted.
+void allowEveryPixel(xcb_window_t window) {
+    constexpr std::uint32_t hasIncrement = 1 << 6;
+    constexpr std::uint32_t hasBaseSize = 1 << 8;
+    std::vector<std::uint32_t> hints = x11::numbers(window, "WM_NORMAL_HINTS");
+    if (hints.empty())
+        return;
+    hints.front() &= ~(hasIncrement | hasBaseSize);
+    setNumbers(window, "WM_NORMAL_HINTS", XCB_ATOM_WM_SIZE_HINTS, hints);
+}
+
 } // namespace
 
 bool hasCompositingManager() {
@@ -99,6 +110,7 @@ bool placeInRoot(QWindow& window, const QRect& rootPixels) {
     xcb_connection_t* const x = x11::connection();
     if (x == nullptr || rootPixels.isEmpty())
         return false;
+    allowEveryPixel(xcb_window_t(window.winId()));
     const std::uint32_t values[] = {std::uint32_t(rootPixels.x()), std::uint32_t(rootPixels.y()),
                                     std::uint32_t(rootPixels.width()), std::uint32_t(rootPixels.height())};
     xcb_configure_window(x, xcb_window_t(window.winId()),

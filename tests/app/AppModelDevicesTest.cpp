@@ -51,15 +51,6 @@ TEST_F(AppModelDevices, TheChoiceFollowsWhatIsThere) {
     }
 }
 
-TEST_F(AppModelDevices, ADesktopWithoutDevicesRefusesThem) {
-    hasDevices = false;
-    makeModel();
-    toggleMicrophone();
-    EXPECT_FALSE(model->microphoneEnabled());
-    EXPECT_EQ(model->errorMessage(), "Microphone access was not granted.");
-    EXPECT_EQ(model->selectedCameraDeviceID(), QString());
-}
-
 TEST_F(AppModelDevices, TheFirstCameraThatIsPluggedInRestartsNothing) {
     devices->cameras.devices.clear();
     devices->cameras.authorization = CaptureAuthorization::undetermined;
@@ -166,25 +157,6 @@ TEST_F(AppModelSelecting, PicksClearsAndKeeps) {
                                       {CaptureMode::display, 2},
                                       {CaptureMode::display, 2},
                                       {CaptureMode::display, 2}}));
-}
-
-TEST_F(AppModelSelecting, AStandingSelectionIsEnoughUnlessForced) {
-    makeModel().setCurrentSelection(wholeDisplay);
-    const auto choose = [&](bool force) {
-        auto task = model->chooseCaptureSelection(force);
-        time.settle();
-        std::optional<bool> answer;
-        task.then([&](bool stands) { answer = stands; });
-        return answer;
-    };
-    EXPECT_EQ(choose(false), true);
-    EXPECT_TRUE(selectionsAsked.isEmpty());
-    EXPECT_EQ(choose(true), false);
-    picked = region;
-    EXPECT_EQ(choose(true), true);
-    model->setWindows({});
-    EXPECT_EQ(choose(true), false);
-    EXPECT_EQ(model->currentSelection(), region);
 }
 
 } // namespace

@@ -90,20 +90,6 @@ TEST_F(AppModelSettings, AreClampedWhereTheyAreSliders) {
     EXPECT_EQ(effects.cursorHighlightSize, 32);
 }
 
-TEST_F(AppModelSettings, AnyPointerEffectKeepsTheMonitorRunning) {
-    makeModel();
-    EXPECT_TRUE(pointerMonitor->isRunning()) << "click indicators are on from the start";
-    model->setShowClickIndicators(false);
-    EXPECT_FALSE(pointerMonitor->isRunning());
-    for (const auto set :
-         {&AppModel::setShowClickIndicators, &AppModel::setClickSoundEnabled, &AppModel::setShowCursorHighlight}) {
-        ((*model).*set)(true);
-        EXPECT_TRUE(pointerMonitor->isRunning());
-        ((*model).*set)(false);
-        EXPECT_FALSE(pointerMonitor->isRunning());
-    }
-}
-
 TEST_F(AppModelSettings, ConsentStartsAndEndsTheReports) {
     perform("record press save");
     EXPECT_EQ(telemetrySent(), QStringList());
@@ -139,22 +125,6 @@ TEST_F(AppModelSettings, AFolderIsChosen) {
     EXPECT_EQ(*model->notice(), (AppNotice{model->notice()->id, AppNotice::Kind::info, "Output folder updated"}));
     time.advance(4s);
     EXPECT_FALSE(model->notice());
-}
-
-TEST_F(AppModelSettings, AFolderThatIsNotChosenChangesNothing) {
-    const QUrl before = makeModel().outputDirectoryURL();
-    for (const auto& choice : {dialogs->choice, decltype(dialogs->choice)(keldra::fail(diskFull))})
-        for (const bool isPresented : {true, false}) {
-            dialogs->choice = choice;
-            model->setIsSettingsPresented(isPresented);
-            model->chooseOutputDirectory();
-            time.advance(100ms);
-            EXPECT_EQ(model->isSettingsPresented(), isPresented);
-        }
-    EXPECT_EQ(dialogs->shown.size(), 4);
-    EXPECT_EQ(model->outputDirectoryURL(), before);
-    EXPECT_FALSE(stored("preferences.outputDirectoryPath").isValid());
-    EXPECT_TRUE(notices.isEmpty());
 }
 
 } // namespace

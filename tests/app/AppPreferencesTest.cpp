@@ -281,12 +281,5 @@ TEST_F(AppPreferencesTest, WhatCannotBeOursIsSetAside) {
     }
 }
 
-TEST_F(AppPreferencesTest, TheDeepestNestingThatFitsIsRead) {
-    const QByteArray text = nestedLists(4090);
-    ASSERT_LT(text.size(), 32 * 1024);
-    write("current.ini", text);
-    EXPECT_EQ(read(open()), QStringList());
-}
-
 } // namespace
 } // namespace keldra

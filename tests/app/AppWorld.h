@@ -82,10 +82,13 @@ protected:
     /// Carries out words such as "record press save", one after the other; what they mean is written below. What comes
     /// before a "|" happens before there is a model.
     void perform(const QString& story) {
-        const QStringList words = story.split(' ', Qt::SkipEmptyParts);
-        if (!words.contains("|"))
+        if (!story.contains('|'))
             makeModel();
-        for (const QString& word : words)
+        go(story);
+    }
+    /// The same with the model that is there.
+    void go(const QString& story) {
+        for (const QString& word : story.split(' ', Qt::SkipEmptyParts))
             if (word == "|")
                 makeModel();
             else if (const auto step = m_steps.find(word); step != m_steps.end())

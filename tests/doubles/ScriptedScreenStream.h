@@ -10,6 +10,8 @@ namespace keldra {
 /// What a test sees and steers of a ScriptedScreenStream; outlives the stream.
 struct ScreenStreamScript {
     std::optional<Error> startError;
+    /// Comes before the start has answered.
+    std::optional<ScreenFrame> earlyFrame;
     std::optional<Error> stopError;
     std::optional<StreamConfiguration> configuration;
     int stops = 0;
@@ -40,6 +42,8 @@ public:
         m_script->configuration = configuration;
         m_script->m_queue = &queue;
         m_script->m_sink = std::move(sink);
+        if (m_script->earlyFrame)
+            m_script->deliver(*m_script->earlyFrame);
         answer(m_script->startError, std::move(done));
     }
     void stop(Completion<void> done) override {

@@ -7,7 +7,8 @@ import shutil
 import subprocess
 import time
 
-from harness import Recording, Scene, boxes, numbers_of, plays, sound, stamps, until
+from harness import Recording, Scene, boxes, until
+from takes import JudgedTake
 
 MEGABYTE = 1 << 20
 ENDED = "The disk is nearly full, so the recording was ended. It is saved."
@@ -105,20 +106,7 @@ class FilledTake:
             self.faults.append("a failed take is left under its name")
 
     def _judge(self, scene):
-        if not plays(self.path):
-            self.faults.append("does not play")
         self.isOrdinary = "moof" not in boxes(self.path)
-        times, numbers = stamps(self.path), numbers_of(self.path)
-        if None in numbers or numbers != sorted(numbers):
-            self.faults.append("torn pictures")
-        stood = {n for n in scene.standing(0.1) if numbers[0] <= n <= numbers[-1]}
-        if stood - set(numbers):
-            self.faults.append(f"{len(stood - set(numbers))} pictures missing within")
-        lost = [moment for n, moment in scene.shown if n > numbers[-1] and moment < self.filled]
-        self.lost = self.filled - min(lost, default=self.filled)
-        if self.lost > 2:
-            self.faults.append(f"{self.lost:.2f} s of pictures lost")
-        zero = scene.when(numbers[1]) - times[1]
-        self.lost_sound = max(0, self.filled - (zero + len(sound(self.path)) / 48000))
-        if self.lost_sound > 2:
-            self.faults.append(f"{self.lost_sound:.2f} s of sound lost")
+        judged = JudgedTake(self.path, scene, self.filled)
+        self.faults += judged.faults
+        self.lost, self.lost_sound = judged.pictures, judged.sound

@@ -221,6 +221,13 @@ def numbers_of(path, origin=(0, 0)):
     return [number_in(picture, "number") for picture in pictures(path, area)]
 
 
+def content_in_frame(window):
+    """Where a window's content begins in its frame."""
+    said = subprocess.run(["xprop", "-id", str(window), "_NET_FRAME_EXTENTS"], check=True, stdout=subprocess.PIPE, text=True)
+    left, _, top, _ = (int(number) for number in said.stdout.split("=")[1].split(","))
+    return left, top
+
+
 def boxes(path):
     """The types of a movie's top-level boxes, in order."""
     data = pathlib.Path(path).read_bytes()

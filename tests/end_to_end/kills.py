@@ -1,12 +1,14 @@
 """A recording that is killed, and what is left of it: shared by the test and the soak."""
+import contextlib
+import os
+import pathlib
 import time
 
-from harness import FAULTS, Recording, Scene, numbers_of, onsets, plays, sound, stamps, until, xdotool
+from harness import FAULTS, Recording, Scene, onsets, until, xdotool
+from takes import ALLOWED, JudgedTake
 
-# What a kill may cost, in seconds before it.
-ALLOWED = 2
-# Slow enough that a kill comes while the file is finished.
-SLOW_FINISH = {**FAULTS, "KELDRA_FAULTS_WRITE_MS": "50", "KELDRA_FAULTS_WRITES_TO": ".finishing"}
+# Slow enough that a kill comes while the file is finished: its copy has no name until it is whole.
+SLOW_FINISH = {**FAULTS, "KELDRA_FAULTS_WRITE_MS": "50", "KELDRA_FAULTS_WRITES_TO": " (deleted)"}
 
 
 class KilledTake:
@@ -38,34 +40,30 @@ class KilledTake:
         self.killed = time.monotonic()
         if while_finishing:
             recording.interrupt()
-            hidden = self.path.with_name(f".{self.path.name}.finishing")
-            until(lambda: hidden.exists() or recording.process.poll() is not None, "finishing")
+            until(lambda: self._has_copy(recording.process.pid) or recording.process.poll() is not None, "finishing")
         killed = recording.kill()
         # What came after the stop was not to be recorded.
         self.killed = self.killed if while_finishing else killed
 
+    def _has_copy(self, pid):
+        """Whether that process writes a file without a name beside the take."""
+        links = []
+        for each in pathlib.Path(f"/proc/{pid}/fd").glob("*"):
+            # It may be closed by now.
+            with contextlib.suppress(OSError):
+                links.append(os.readlink(each))
+        return any(link.startswith(f"{self.path.parent}/#") for link in links)
+
     def _judge(self, scene, clicks):
-        if not plays(self.path):
-            self.faults.append("does not play")
-        times, numbers = stamps(self.path), numbers_of(self.path)
-        if None in numbers or numbers != sorted(numbers):
-            self.faults.append("torn pictures")
-        stood = {n for n in scene.standing(0.1) if numbers[0] <= n <= numbers[-1]}
-        if stood - set(numbers):
-            self.faults.append(f"{len(stood - set(numbers))} pictures missing within")
-        lost = [moment for n, moment in scene.shown if n > numbers[-1] and moment < self.killed]
-        self.lost_pictures = self.killed - min(lost, default=self.killed)
-        # The first picture stood already when the recording began, so the second one sets the clock.
-        zero = scene.when(numbers[1]) - times[1]
-        samples = sound(self.path)
-        self.lost_sound = max(0, self.killed - (zero + len(samples) / 48000))
+        if hidden := [each.name for each in self.path.parent.glob(".*")]:
+            self.faults.append(f"left beside it: {hidden}")
+        judged = JudgedTake(self.path, scene, self.killed)
+        self.faults += judged.faults
+        self.lost_pictures, self.lost_sound = judged.pictures, judged.sound
         if clicks:
-            heard = [zero + second for second in onsets(samples)]
+            heard = [judged.zero + second for second in onsets(judged.samples)]
             # How late they are is another's question, and the file's zero is known to a frame at best.
             unheard = [click for click in scene.clicks
-                       if zero < click < self.killed - ALLOWED and not any(abs(click - h) < 0.3 for h in heard)]
+                       if judged.zero < click < self.killed - ALLOWED and not any(abs(click - h) < 0.3 for h in heard)]
             if unheard:
                 self.faults.append(f"{len(unheard)} clicks missing")
-        for name, seconds in (("pictures", self.lost_pictures), ("sound", self.lost_sound)):
-            if seconds > ALLOWED:
-                self.faults.append(f"{seconds:.2f} s of {name} lost")

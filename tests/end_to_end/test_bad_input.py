@@ -28,7 +28,7 @@ class BadSourceTest(TestCase):
         self.check(["sources"], 1, "DISPLAY", environment={"DISPLAY": ":987"})
         self.check(["telemetry"], 2, "telemetry needs --show")
         self.check(["telemetry", "--show", "all"], 2, "telemetry takes no argument \"all\"")
-        self.check(["dance"], 2, "there is no command \"dance\"", "--help")
+        self.check(["dance"], 2, "there is no command \"dance\", nor such a file", "--help")
 
     def test_folders_that_take_no_recording(self):
         self.check(["record", "--display", 1, "--output-dir", self.folder / "none"], 1,

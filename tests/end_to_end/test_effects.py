@@ -4,9 +4,8 @@ import time
 
 import numpy
 
-from harness import (DisplayMode, Recording, Scene, TestCase, numbers_of, onsets, pictures, run, sound, stamps, until,
-                     xdotool)
-from test_recording import content_in_frame
+from harness import (DisplayMode, Recording, Scene, TestCase, content_in_frame, numbers_of, onsets, pictures, run, sound,
+                     stamps, until, xdotool)
 
 GREY = 0x60
 # A place of the scene that is flat grey, for 50 pixels around.

@@ -1,7 +1,11 @@
-"""Selection, preview, countdown and effects on the real desktop, moved and clicked with xdotool."""
+"""Selection, preview, countdown and effects on the real desktop, moved and clicked with xdotool.
+
+With KELDRA_TEST_COMPOSITOR=picom overlays are translucent, and what they let through differs.
+"""
 import json
 import os
 import re
+import select
 import subprocess
 import unittest
 
@@ -28,6 +32,9 @@ class Overlay:
             raise AssertionError(f"keldra_overlays ended with {self._process.wait()}")
         return json.loads(line)
 
+    def has_said(self, seconds):
+        return bool(select.select([self._process.stdout], [], [], seconds)[0])
+
     def __enter__(self):
         return self
 
@@ -49,7 +56,7 @@ class Monitors:
                             f"{width}/300x{height}/200+{x}+{y}", "none" if index else "screen"], check=True)
 
     def __exit__(self, *_):
-        for name, *_ in self.monitors:
+        for name, *_ in reversed(self.monitors):
             subprocess.run(["xrandr", "--delmonitor", name], check=True)
 
 
@@ -95,28 +102,41 @@ class OverlayTest(TestCase):
         subprocess.run(["xsetroot", "-solid", "#c0c8d0"], check=True)
         xdotool("mousemove", 20, 1000)
 
-    def each_desktop(self):
-        for name, monitors in self.layouts.items():
+    def on_each_desktop(self, check, factors=None):
+        """With every layout at every factor, or at the one of each that is told."""
+        for index, (name, monitors) in enumerate(self.layouts.items()):
             with Monitors(*monitors):
-                for factor in FACTORS:
+                for factor in [factors[index]] if factors else FACTORS:
                     with self.subTest(layout=name, factor=factor):
-                        yield monitors or (("screen", *self.whole),), factor
+                        check(monitors or (("screen", *self.whole),), factor)
+
+    @staticmethod
+    def frame_of(window):
+        said = subprocess.run(["xwininfo", "-id", str(int(window))], check=True, stdout=subprocess.PIPE, text=True).stdout
+        return tuple(int(re.search(name + r":\s+(-?\d+)", said).group(1))
+                     for name in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
+
+    @staticmethod
+    def desktop(monitors):
+        left, top = min(m[1] for m in monitors), min(m[2] for m in monitors)
+        return (left, top, max(m[1] + m[3] for m in monitors) - left, max(m[2] + m[4] for m in monitors) - top)
 
 
 class RegionTest(OverlayTest):
     def test_a_region_is_what_was_dragged_over_to_the_pixel(self):
-        for monitors, factor in self.each_desktop():
-            _, x, y, width, height = monitors[-1]
+        def check(monitors, factor):
+            _, x, y, *_ = monitors[-1]
             start, end = (x + 101, y + 203), (x + 501, y + 507)
             with Overlay("region", factor=factor) as overlay:
                 self.assertEqual(self.frame_of(overlay.windows["selection-overlay"]), self.desktop(monitors))
                 drag(start, end, (x + 300, y + 400))
                 said = overlay.said()
-                self.assertEqual(pixels(said["region"], factor, monitors[0][1:]), (*start, 400, 304))
-                self.assertEqual(said["display"], len(monitors) if len(monitors) > 1 else said["display"])
+            self.assertEqual(pixels(said["region"], factor, monitors[0][1:]), (*start, 400, 304))
+
+        self.on_each_desktop(check)
 
     def test_what_is_clear_is_what_is_selected(self):
-        for monitors, factor in self.each_desktop():
+        def check(monitors, factor):
             _, x, y, *_ = monitors[-1]
             before = mode_of(screen(x + 40, y + 40, 400, 400))
             with Overlay("region", factor=factor) as overlay:
@@ -135,17 +155,10 @@ class RegionTest(OverlayTest):
                 self.assertTrue(0 < edge - last <= reach + 1, (last, edge))
             self.assertTrue((numpy.abs(shown[5, 5] - before * DIMMED - 0.52 * 0.03 * 255) <= 2).all(), shown[5, 5])
 
-    def frame_of(self, window):
-        said = subprocess.run(["xwininfo", "-id", str(int(window))], check=True, stdout=subprocess.PIPE, text=True).stdout
-        return tuple(int(re.search(name + r":\s+(-?\d+)", said).group(1))
-                     for name in ("Absolute upper-left X", "Absolute upper-left Y", "Width", "Height"))
-
-    def desktop(self, monitors):
-        left, top = min(m[1] for m in monitors), min(m[2] for m in monitors)
-        return (left, top, max(m[1] + m[3] for m in monitors) - left, max(m[2] + m[4] for m in monitors) - top)
+        self.on_each_desktop(check, factors=(1, 1.25, 2, 1.5))
 
     def test_escape_is_heard_wherever_the_keyboard_was(self):
-        with Scene("--managed", "--geometry", "400x300+100+100", "--still", "--title", "Focused") as scene:
+        with Scene("--managed", "--geometry", "640x400+100+100", "--still", "--title", "Focused") as scene:
             xdotool("windowfocus", "--sync", scene.window)
             with Overlay("region") as overlay:
                 xdotool("key", "space", "Escape")
@@ -154,16 +167,32 @@ class RegionTest(OverlayTest):
             self.assertEqual(int(focus), scene.window, "the keyboard is where it was")
 
 
+    def test_escape_is_heard_while_a_panel_of_ours_has_the_keyboard(self):
+        with Overlay("--focused-panel", "region") as overlay:
+            xdotool("key", "Escape")
+            self.assertEqual(overlay.said(), {"cancelled": True})
+
+    def test_the_keyboard_is_taken_as_soon_as_another_program_lets_go_of_it(self):
+        with Overlay("region") as first, Overlay("region") as second:
+            xdotool("key", "Escape")
+            self.assertEqual(first.said(), {"cancelled": True})
+            # Nobody tells when the second one has it.
+            until(lambda: xdotool("key", "Escape") or second.has_said(0.1), "answer to Escape")
+            self.assertEqual(second.said(), {"cancelled": True})
+
+
 class PickTest(OverlayTest):
     def test_a_window_with_its_frame(self):
         with Scene("--managed", "--geometry", "640x400+300+200", "--still", "--title", "Picked") as scene:
+            inner = self.frame_of(scene.window)
             for factor in FACTORS:
                 with Overlay("window", factor=factor) as overlay:
                     xdotool("mousemove", 500, 400, "click", 1)
                     said = overlay.said()
                 self.assertEqual((said["window"], said["title"]), (scene.window, "Picked"))
                 left, top, width, height = pixels(said["rect"], factor, self.whole)
-                self.assertTrue(left <= 300 and top < 200 and left + width >= 940 and top + height >= 600)
+                self.assertTrue(left <= inner[0] and top < inner[1], (left, top))
+                self.assertTrue(left + width >= inner[0] + 640 and top + height >= inner[1] + 400, (width, height))
             with Overlay("window") as overlay:
                 xdotool("mousemove", 1500, 900, "click", 1)
                 self.assertEqual(overlay.said(), {"cancelled": True}, "a click beside all windows")
@@ -182,23 +211,19 @@ class PreviewTest(OverlayTest):
     region = (200, 300, 400, 300)
 
     def test_drags_move_and_resize_to_the_pixel(self):
-        edge = (202, 600)
-        grab = edge if not COMPOSITED else (400, 600)
         for factor in FACTORS:
-            def at(x, y):
-                return (round(x * factor), round(1080 - (1080 - y) * factor))
-            with Overlay("preview-region", 100, 100, 200, 150, factor=factor) as overlay:
+            with Overlay("preview-region", 100, 100, 200, 152, factor=factor) as overlay:
                 # Points count from the lower left corner.
                 def place(x, y):
                     return (round(x * factor), 1080 - round(y * factor))
                 hold = place(200, 175) if COMPOSITED else place(102, 175)
                 drag(hold, (hold[0] + 61, hold[1] - 37))
                 self.assertEqual(pixels(overlay.said()["region"], factor, self.whole),
-                                 (round(100 * factor) + 61, 1080 - round(250 * factor) - 37, round(200 * factor), round(150 * factor)))
-                corner = (round(300 * factor) + 61, 1080 - round(250 * factor) - 37)
+                                 (round(100 * factor) + 61, 1080 - round(252 * factor) - 37, round(200 * factor), round(152 * factor)))
+                corner = (round(300 * factor) + 61, 1080 - round(252 * factor) - 37)
                 drag(corner, (corner[0] + 40, corner[1] - 23))
                 self.assertEqual(pixels(overlay.said()["region"], factor, self.whole),
-                                 (round(100 * factor) + 61, corner[1] - 23, round(200 * factor) + 40, round(150 * factor) + 23))
+                                 (round(100 * factor) + 61, corner[1] - 23, round(200 * factor) + 40, round(152 * factor) + 23))
 
     def test_it_lies_above_windows_and_below_panels(self):
         with Scene("--managed", "--geometry", "700x500+150+400", "--still", "--title", "Below") as scene:
@@ -222,10 +247,11 @@ class PreviewTest(OverlayTest):
         return [int(word, 16) for word in re.findall(r"0x[0-9a-f]+", said)]
 
     def test_it_covers_the_whole_desktop(self):
-        for monitors, factor in self.each_desktop():
+        def check(monitors, factor):
             with Overlay("preview-display", 1, factor=factor) as overlay:
-                self.assertEqual(RegionTest.frame_of(self, overlay.windows["selection-preview"]),
-                                 RegionTest.desktop(self, monitors))
+                self.assertEqual(self.frame_of(overlay.windows["selection-preview"]), self.desktop(monitors))
+
+        self.on_each_desktop(check, factors=(1.25, 1, 1.5, 2))
 
     def test_clicks_go_through_unless_a_region_can_be_changed(self):
         for words, heard in ((("preview-display", 1), True), (("preview-region", *self.region), not COMPOSITED)):
@@ -236,6 +262,15 @@ class PreviewTest(OverlayTest):
                 else:
                     overlay.said()
                     self.assertEqual(scene.clicks, [])
+
+    def test_escape_is_heard_while_a_window_of_ours_has_the_keyboard(self):
+        with Scene("--managed", "--geometry", "700x500+150+400", "--still") as scene:
+            with Overlay("--focused-panel", "preview-display", 1) as overlay:
+                xdotool("key", "a", "Escape")
+                self.assertEqual(overlay.said(), {"cancelled": True})
+            with Overlay("preview-display", 1) as overlay:
+                xdotool("windowfocus", "--sync", scene.window, "key", "Escape")
+                self.assertFalse(overlay.has_said(0.3), "it was for the other window")
 
     def test_what_is_outside_is_dimmed_where_that_can_be(self):
         with Overlay("preview-region", *self.region):
@@ -248,8 +283,6 @@ class PreviewTest(OverlayTest):
 class CountdownTest(OverlayTest):
     def test_it_sounds_and_lets_clicks_through(self):
         with Scene("--managed", "--geometry", "800x600+560+240", "--still") as scene:
-            with Overlay("countdown", 2) as overlay:
-                pass
             overlay = subprocess.Popen([OVERLAYS, "countdown", "2"], stdout=subprocess.PIPE, text=True)
             said = [json.loads(overlay.stdout.readline()) for _ in range(2)]
             xdotool("mousemove", 960, 540, "click", 1)

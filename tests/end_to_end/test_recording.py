@@ -3,14 +3,8 @@ import json
 import signal
 import subprocess
 
-from harness import Recording, Scene, TestCase, boxes, number_in, numbers_of, pictures, probe, record, run, stamps, until
-
-
-def content_in_frame(window):
-    """Where a window's content begins in its frame."""
-    said = subprocess.run(["xprop", "-id", str(window), "_NET_FRAME_EXTENTS"], check=True, stdout=subprocess.PIPE, text=True)
-    left, _, top, _ = (int(number) for number in said.stdout.split("=")[1].split(","))
-    return left, top
+from harness import (Recording, Scene, TestCase, boxes, content_in_frame, number_in, numbers_of, pictures, probe, record, run,
+                     stamps, until)
 
 
 class DisplayTest(TestCase):

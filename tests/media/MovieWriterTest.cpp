@@ -166,20 +166,6 @@ TEST(MovieWriter, LeavesNoFileWhenTheEncoderRefuses) {
     EXPECT_TRUE(folder.names().empty());
 }
 
-TEST(MovieWriter, RefusesSettingsThatCannotBeEncoded) {
-    const auto with = [](int VideoTrackSettings::*field, int value) {
-        VideoTrackSettings settings = smallTrack();
-        settings.*field = value;
-        return settings;
-    };
-    for (const VideoTrackSettings& settings :
-         {with(&VideoTrackSettings::width, 127), with(&VideoTrackSettings::height, 0),
-          with(&VideoTrackSettings::maximumKeyFrameInterval, 0)}) {
-        FileMovieWriter writer("unused.mov");
-        EXPECT_FALSE(writer.addVideoInput(settings));
-    }
-}
-
 TEST(MovieWriter, TakesOnlyPicturesThatFitInRisingOrderWithinTheSession) {
     const TemporaryFolder folder;
     SerialQueue answer("test.answer");

@@ -306,30 +306,6 @@ INSTANTIATE_TEST_SUITE_P(
                                 "takes/.recovered-take-2.mov"}),
     [](const auto& row) { return row.param.name; });
 
-TEST(TakeSafety, StaysBesideTheOthersWhereTheRecoveryFolderIsOnAnotherDisk) {
-    const TemporaryFolder folder;
-    struct stat here {};
-    struct stat there {};
-    if (::stat(folder.path().c_str(), &here) != 0 || ::stat("/dev/shm", &there) != 0 || here.st_dev == there.st_dev)
-        GTEST_SKIP() << "there is no other disk";
-    const std::string recovery = "/dev/shm/keldra-test-" + std::to_string(::getpid());
-    Recording recording(folder / "take.mov");
-    ASSERT_TRUE(recording.append(0, MediaTime::zero()));
-    const std::string keptAt = giveUpAndWait(recording.writer, recording.answer, recovery);
-    EXPECT_TRUE(std::filesystem::is_empty(recovery));
-    std::filesystem::remove_all(recovery);
-    EXPECT_EQ(keptAt, folder / ".recovered-take.mov");
-    EXPECT_EQ(numbersIn(keptAt), upTo(1));
-}
-
-TEST(TakeSafety, KeepsNothingOfARecordingWithoutAPicture) {
-    const TemporaryFolder folder;
-    WatchedRecording recording(folder / "take.mov");
-    ASSERT_TRUE(recording.appendSound(0, 4800));
-    EXPECT_EQ(giveUpAndWait(recording.writer, recording.answer, folder / "kept"), "");
-    EXPECT_TRUE(folder.names().empty());
-}
-
 /// No file may grow beyond this while it lives: a full disk, as far as a program can tell.
 class DiskLimit {
 public:
@@ -369,25 +345,6 @@ TEST(TakeSafety, WhatFitsOnAFullDiskIsKept) {
     const std::vector<int> numbers = numbersIn(folder / "kept/take.mov");
     EXPECT_GE(numbers.size(), 60u);
     EXPECT_EQ(numbers, upTo(int(numbers.size())));
-}
-
-TEST(TakeSafety, StaysAGrowingFileWhereTheCopyDoesNotFit) {
-    const TemporaryFolder folder;
-    Recording recording(folder / "take.mov");
-    ASSERT_TRUE(recording.append(0, MediaTime::zero()));
-    ASSERT_TRUE(recording.append(1, MediaTime(1, 2)));
-    // Its index alone would not fit, and the free space did not tell.
-    testing::internal::CaptureStdout();
-    const auto finished = [&] {
-        const DiskLimit full(6000);
-        return finishAndWait(recording.writer, recording.answer, MediaTime(1, 1));
-    }();
-    const std::string log = testing::internal::GetCapturedStdout();
-    EXPECT_TRUE(finished) << finished.error().message;
-    EXPECT_EQ(log.rfind("[KELDRA] making an ordinary movie of a recording failed: domain=POSIX code=27 info=", 0), 0u)
-        << log;
-    EXPECT_EQ(folder.names(), std::vector<std::string>{"take.mov"});
-    EXPECT_EQ(numbersIn(folder / "take.mov"), upTo(2));
 }
 
 } // namespace

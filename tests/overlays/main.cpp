@@ -6,7 +6,8 @@
 //   keldra_overlays countdown SECONDS
 //   keldra_overlays effects [highlight]
 //
-// With --panel a stand-in for a panel is shown too. Points are pixels divided by QT_SCALE_FACTOR.
+// With --panel a stand-in for a panel is shown too; with --focused-panel it has the keyboard first. Points are pixels
+// divided by QT_SCALE_FACTOR.
 
 #include "async/MainQueue.h"
 #include "async/MainScheduler.h"
@@ -15,6 +16,7 @@
 #include "capture_ui/DesktopCursorEffectsOverlayCoordinator.h"
 #include "capture_ui/DesktopSelectionCoordinator.h"
 #include "capture_ui/DesktopSelectionPreviewCoordinator.h"
+#include "platform/qt/QtEventMonitor.h"
 #include "platform/x11/X11Platform.h"
 #include "recording/PointerEffectsMonitor.h"
 #include "ui_kit/OverlayWindow.h"
@@ -24,7 +26,6 @@
 #include <QGuiApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QKeyEvent>
 #include <QPainter>
 #include <QRasterWindow>
 
@@ -73,28 +74,6 @@ public:
     void play(const QString& name) override { say({{"sound", name}}); }
 };
 
-/// As QtEventMonitor, for one handler.
-class EscapeMonitor final : public QObject, public EventMonitor {
-public:
-    Watch watch(WindowEvent::Kind, Handler handler) override {
-        const auto watch = std::make_shared<Handler>(std::move(handler));
-        m_handler = watch;
-        return watch;
-    }
-    bool eventFilter(QObject*, QEvent* event) override {
-        const auto handler = m_handler.lock();
-        if (event->type() != QEvent::KeyPress || !handler)
-            return false;
-        WindowEvent heard;
-        heard.kind = WindowEvent::Kind::keyDown;
-        heard.key = static_cast<QKeyEvent*>(event)->key();
-        return (*handler)(heard);
-    }
-
-private:
-    std::weak_ptr<Handler> m_handler;
-};
-
 /// Flagged as a panel is.
 class PanelStandIn final : public QRasterWindow {
 public:
@@ -113,13 +92,22 @@ class Program {
 public:
     explicit Program(double scaleFactor)
         : m_platform(makeX11Platform(std::make_shared<SystemHostClock>(), m_mainQueue, scaleFactor).value())
-        , m_effects(m_platform.pointer, m_platform.ownWindows, m_platform.clock, *m_scheduler) {
-        qGuiApp->installEventFilter(&m_events);
-    }
+        , m_effects(m_platform.pointer, m_platform.ownWindows, m_platform.clock, *m_scheduler) {}
 
     bool run(QStringList words) {
-        if (words.removeAll("--panel") > 0)
+        const bool isFocused = words.removeAll("--focused-panel") > 0;
+        if (words.removeAll("--panel") > 0 || isFocused)
             m_panel.emplace();
+        if (!isFocused)
+            return begin(words);
+        m_panel->requestActivate();
+        QObject::connect(
+            &*m_panel, &QWindow::activeChanged, &*m_panel, [this, words] { begin(words); }, Qt::SingleShotConnection);
+        return true;
+    }
+
+private:
+    bool begin(QStringList words) {
         if (words.isEmpty())
             return false;
         const QString what = words.takeFirst();
@@ -141,7 +129,6 @@ public:
         return true;
     }
 
-private:
     void tellWhenUp() {
         QJsonObject up;
         for (const QWindow* window : QGuiApplication::topLevelWindows())
@@ -204,14 +191,12 @@ private:
     MainQueue m_mainQueue{m_scheduler};
     Platform m_platform;
     PointerEffectsMonitor m_effects;
-    EscapeMonitor m_events;
     DesktopOverlays m_overlays{m_platform.ownWindows, *m_scheduler};
     DesktopCursorEffectsOverlayCoordinator m_cursorEffects{{m_platform.screens, m_overlays, m_effects, *m_scheduler}};
     DesktopSelectionCoordinator m_selection{
         {m_platform.screens, m_platform.windows, m_overlays, m_effects, m_cursorEffects, *m_scheduler, m_mainQueue}};
-    DesktopSelectionPreviewCoordinator m_preview{{m_platform.screens, m_platform.windows,
-                                                  std::shared_ptr<EventMonitor>(std::shared_ptr<void>(), &m_events),
-                                                  m_overlays, m_mainQueue}};
+    DesktopSelectionPreviewCoordinator m_preview{
+        {m_platform.screens, m_platform.windows, std::make_shared<QtEventMonitor>(), m_overlays, m_mainQueue}};
     DesktopCountdownCoordinator m_countdown{
         {m_platform.screens, std::make_shared<ToldSounds>(), m_platform.clock, m_overlays, *m_scheduler}};
     std::optional<PanelStandIn> m_panel;

@@ -109,6 +109,16 @@ TEST_F(ScreenRecorderTest, AStartThatFailsTellsWhyAndFinishesNothing) {
     EXPECT_TRUE(start()) << "a failed start leaves the recorder usable";
 }
 
+TEST_F(ScreenRecorderTest, AStartThatFailsAfterItsFirstPictureLeavesNoFile) {
+    stream->startError = diskFull;
+    stream->earlyFrame = ScreenFrame{coordinatesPicture(640, 360), MediaTime(1000, 1)};
+    EXPECT_FALSE(start());
+    EXPECT_EQ(writer->samples.size(), 1u);
+    EXPECT_TRUE(writer->isGivenUp);
+    EXPECT_FALSE(writer->end);
+    EXPECT_TRUE(outputs.empty()) << "the start has told already";
+}
+
 TEST_F(ScreenRecorderTest, AStopBeforeTheFirstFrameIsAnErrorAndLeavesNoFile) {
     ASSERT_TRUE(start());
     stop();

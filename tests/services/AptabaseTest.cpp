@@ -69,19 +69,6 @@ TEST_F(AptabaseTest, TakesOnlyGoodKeysAndSaysSoInTheLog) {
     }
 }
 
-TEST_F(AptabaseTest, ServersWordsStayShortAndOnOneLine) {
-    aptabase.initialize(world.key);
-    world.session.answer = [](const HttpRequest&) {
-        return HttpResponse{400, "\x1b[2Jbad\r\n" + QByteArray(60'000, 'x'), {}};
-    };
-    aptabase.trackEvent("event");
-    ::testing::internal::CaptureStdout();
-    flush();
-    EXPECT_EQ(::testing::internal::GetCapturedStdout(),
-              "[KELDRA Analytics] Aptabase: Failed to send 1 events because of 400  [2Jbad  " + std::string(191, 'x') +
-                  ". Will not retry.\n");
-}
-
 TEST_F(AptabaseTest, AnHourOfSilenceBeginsANewSession) {
     aptabase.initialize(world.key);
     for (const int seconds : {0, 3600, 3600, 3601, 1}) {
@@ -129,46 +116,6 @@ TEST_F(AptabaseTest, SendsFromTheFirstActivationOn) {
     aptabase.trackEvent("too late");
     world.time.advance(10min);
     EXPECT_EQ(world.sentNames(), (QStringList{"one", "two", "three", "last"}));
-}
-
-TEST_F(AptabaseTest, TheTimerWaitsForAFlushThatWasAskedFor) {
-    aptabase.initialize(world.key);
-    Q_EMIT world.application.didBecomeActive();
-    world.time.settle();
-    world.session.holds = true;
-    aptabase.trackEvent("one");
-    aptabase.flush([] {});
-    world.time.settle();
-    aptabase.trackEvent("two");
-    world.time.advance(2min);
-    EXPECT_EQ(world.sentNames(), QStringList{"one"});
-    world.session.holds = false;
-    world.session.answerFirst(noNetwork());
-    world.time.settle();
-    EXPECT_EQ(world.sentNames(), (QStringList{"one", "two"}));
-    world.time.advance(1min);
-    EXPECT_EQ(world.sentNames(), (QStringList{"one", "two", "one"}));
-}
-
-TEST_F(AptabaseTest, OptionsSetIntervalAndDebugMark) {
-    const std::tuple<InitOptions, Duration, bool> rows[] = {
-        {{}, 60s, false},
-        {{.host = {}, .flushInterval = {}, .trackingMode = TrackingMode::asDebug}, 2s, true},
-        {{.host = {}, .flushInterval = 250ms, .trackingMode = TrackingMode::asDebug}, 250ms, true},
-    };
-    for (const auto& [options, interval, isDebug] : rows) {
-        AnalyticsWorld own;
-        Aptabase client = own.aptabase();
-        client.initialize(own.key, options);
-        Q_EMIT own.application.didBecomeActive();
-        own.time.settle();
-        client.trackEvent("event");
-        own.time.advance(interval - 1ms);
-        EXPECT_EQ(own.session.requests.size(), 0u);
-        own.time.advance(1ms);
-        ASSERT_EQ(own.session.requests.size(), 1u);
-        EXPECT_EQ(own.sentEvents().first().value("systemProps").toObject().value("isDebug").toBool(), isDebug);
-    }
 }
 
 TEST_F(AptabaseTest, AnswersThatComeAfterItsEndHarmNobody) {

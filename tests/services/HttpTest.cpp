@@ -191,18 +191,6 @@ TEST_F(HttpTest, AServerThatNeverAnswersIsGivenAMinute) {
     }
 }
 
-TEST_F(HttpTest, ASessionMayEndWithRequestsUnderWay) {
-    server.setAnswers({HttpServer::silence()});
-    auto shortLived = std::make_unique<QtHttpSession>(world.time.scheduler());
-    HttpRequest request;
-    request.url = QUrl(server.host());
-    shortLived->send(request, [](const Result<HttpResponse>&) { FAIL() << "there is nobody to answer"; });
-    ASSERT_TRUE(runUntil([&] { return server.requests().size() == 1; }));
-    shortLived.reset();
-    world.time.advance(10min);
-    QCoreApplication::processEvents();
-}
-
 TEST_F(HttpTest, FindsANewerVersion) {
     const QByteArray manifest = R"({"version":"1.10","downloadURL":"https://example.org/get"})";
     server.setAnswers({HttpServer::answer(200, manifest)});
@@ -271,11 +259,6 @@ TEST_F(HttpTest, NoAnswerOfAnyKindIsAnUpdate) {
         EXPECT_GE(own.requests().size(), 1) << name;
     }
     EXPECT_EQ(fetch(HttpServer().host()), std::nullopt) << "nobody listens";
-}
-
-TEST_F(HttpTest, WithoutAHostNobodyIsAsked) {
-    for (const char* host : {"", "example.org", "ftp://example.org", "file:///tmp", "https://", "http://["})
-        EXPECT_EQ(fetch(host), std::nullopt) << host;
 }
 
 } // namespace

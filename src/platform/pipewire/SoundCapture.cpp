@@ -3,6 +3,8 @@
 #include <pipewire/pipewire.h>
 #include <spa/param/audio/format-utils.h>
 
+#include <algorithm>
+
 namespace keldra {
 namespace {
 
@@ -36,15 +38,18 @@ CapturedBlocks::CapturedBlocks(pw_stream& stream, int channelCount) : m_stream(s
         if (buffer == nullptr)
             break;
         const spa_data& data = buffer->buffer->datas[0];
+        // What the other side says of its memory is believed as far as that memory goes.
+        const std::uint32_t offset = std::min(data.chunk->offset, data.maxsize);
+        const std::uint32_t size = std::min(data.chunk->size, data.maxsize - offset);
         // A block whose time nobody knows, the first after a start, is of no use.
-        if (!isTimed || data.data == nullptr || data.chunk->size == 0 || channelCount == 0) {
+        if (!isTimed || data.data == nullptr || size == 0 || channelCount == 0) {
             pw_stream_queue_buffer(&stream, buffer);
             continue;
         }
         Block& block = m_blocks[m_count++];
         block.buffer = buffer;
-        block.samples = static_cast<const float*>(data.data) + data.chunk->offset / sizeof(float);
-        block.report.frameCount = data.chunk->size / (sizeof(float) * std::uint32_t(channelCount));
+        block.samples = static_cast<const float*>(data.data) + offset / sizeof(float);
+        block.report.frameCount = size / (sizeof(float) * std::uint32_t(channelCount));
         total += block.report.frameCount;
     }
     // The count and the time are those of the newest block's first frame: it sounded so long ago as the device and the

@@ -1,5 +1,6 @@
 #include "platform/x11/FramePool.h"
 
+#include "imaging/SurplusCount.h"
 #include "platform/x11/X11Error.h"
 
 #include <cerrno>
@@ -43,6 +44,8 @@ public:
     SharedMemory(const SharedMemory&) = delete;
 
     std::uint8_t* data() const { return static_cast<std::uint8_t*>(m_data); }
+    /// The system takes the memory back, from the other process too, until it is written to again. It reads as zeros.
+    void giveBack() const { (void)madvise(m_data, m_size, MADV_REMOVE); }
     /// For libxcb, which closes what it sends.
     int takeDescriptor() { return std::exchange(m_descriptor, -1); }
 
@@ -64,7 +67,9 @@ struct FramePool::Segments {
     std::shared_ptr<WakeUp> wakeUp;
     std::vector<Segment> all;
     mutable std::mutex lock;
+    /// The one that came back last is taken first, so that the others' memory can go.
     std::vector<std::size_t> free;
+    SurplusCount surplus;
 };
 
 Result<std::unique_ptr<FramePool>> FramePool::make(std::shared_ptr<X11Connection> connection,
@@ -135,6 +140,9 @@ PooledFrame FramePool::take() {
         const std::lock_guard guard(m_segments->lock);
         index = m_segments->free.back();
         m_segments->free.pop_back();
+        const int unneeded = m_segments->surplus.note(int(m_segments->free.size()));
+        for (int i = 0; i < unneeded; ++i)
+            m_segments->all[m_segments->free[std::size_t(i)]].memory.giveBack();
     }
     const Segments::Segment& segment = m_segments->all[index];
     PixelBuffer::Planes planes;

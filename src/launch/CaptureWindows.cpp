@@ -1,0 +1,69 @@
+#include "launch/CaptureWindows.h"
+
+#include "capture_ui/DesktopCountdownCoordinator.h"
+#include "capture_ui/DesktopCursorEffectsOverlayCoordinator.h"
+#include "capture_ui/DesktopSelectionCoordinator.h"
+#include "capture_ui/DesktopSelectionPreviewCoordinator.h"
+#include "capture_ui/RecorderPanels.h"
+#include "capture_ui/WindowCoordinator.h"
+#include "ui_kit/OverlayWindow.h"
+#include "ui_kit/UiKit.h"
+
+namespace keldra {
+namespace {
+
+/// Everything that stands on the screen, in the order in which it is made.
+class CaptureWindows final : public RecorderWindows {
+public:
+    CaptureWindows(AppModel& model, const Platform& platform, Scheduler& scheduler, Executor& mainQueue)
+        : m_kit(platform.ownWindows, !platform.makeScreenStream)
+        , m_overlays(platform.ownWindows, scheduler)
+        , m_viewModels(model, scheduler, platform.workspace)
+        , m_coordinator(model, coordinatorParts(model, platform, scheduler, mainQueue)) {}
+
+    void show() override { m_coordinator.show(); }
+    void hidePanels() override { m_coordinator.hidePanels(); }
+    void openVideoPicker() override { m_coordinator.openVideoPicker(); }
+    void openEditor(const QUrl& movie) override { m_coordinator.openEditor(movie, false); }
+    bool isHiddenFromMenuBar() const override { return m_coordinator.isHiddenFromMenuBar(); }
+    void setIsHiddenFromMenuBar(bool isHidden) override { m_coordinator.setIsHiddenFromMenuBar(isHidden); }
+
+private:
+    WindowCoordinator::Parts coordinatorParts(AppModel& model, const Platform& platform, Scheduler& scheduler,
+                                              Executor& mainQueue) {
+        const PointerEffectsMonitor& effects = *model.pointerEffectsMonitor();
+        auto effectsOverlay = std::make_unique<DesktopCursorEffectsOverlayCoordinator>(
+            DesktopCursorEffectsOverlayCoordinator::Parts{platform.screens, m_overlays, effects, scheduler});
+        auto selection = std::make_unique<DesktopSelectionCoordinator>(DesktopSelectionCoordinator::Parts{
+            platform.screens, platform.windows, m_overlays, effects, *effectsOverlay, scheduler, mainQueue});
+        auto preview = std::make_unique<DesktopSelectionPreviewCoordinator>(DesktopSelectionPreviewCoordinator::Parts{
+            platform.screens, platform.windows, platform.events, m_overlays, mainQueue});
+        auto countdown = std::make_unique<DesktopCountdownCoordinator>(DesktopCountdownCoordinator::Parts{
+            platform.screens, platform.sounds, platform.clock, m_overlays, scheduler});
+        return {platform.screens,
+                platform.dialogs,
+                platform.events,
+                mainQueue,
+                makeRecorderPanels(m_viewModels, m_kit),
+                std::move(selection),
+                std::move(preview),
+                std::move(countdown),
+                std::move(effectsOverlay),
+                // There is no editor yet.
+                {}};
+    }
+
+    UiKit m_kit;
+    DesktopOverlays m_overlays;
+    RecorderViewModels m_viewModels;
+    WindowCoordinator m_coordinator;
+};
+
+} // namespace
+
+std::unique_ptr<RecorderWindows> makeCaptureWindows(AppModel& model, const Platform& platform, Scheduler& scheduler,
+                                                    Executor& mainQueue) {
+    return std::make_unique<CaptureWindows>(model, platform, scheduler, mainQueue);
+}
+
+} // namespace keldra

@@ -1,0 +1,22 @@
+#include "platform/qt/PortalPermissions.h"
+
+#include "platform/qt/BusCall.h"
+
+#include <QDBusVariant>
+
+namespace keldra {
+
+void PortalPermissions::requestScreenCapture(Completion<bool> done) {
+    // A portal that is not running yet is started by this call.
+    constexpr std::chrono::seconds patience{10};
+    auto call = QDBusMessage::createMethodCall(
+        QStringLiteral("org.freedesktop.portal.Desktop"), QStringLiteral("/org/freedesktop/portal/desktop"),
+        QStringLiteral("org.freedesktop.DBus.Properties"), QStringLiteral("Get"));
+    call.setArguments({QStringLiteral("org.freedesktop.portal.ScreenCast"), QStringLiteral("AvailableSourceTypes")});
+    callBus(m_bus, call, patience, [canCast = m_canCast, done = std::move(done)](const Result<QDBusMessage>& reply) {
+        *canCast = reply && reply->arguments().value(0).value<QDBusVariant>().variant().toUInt() != 0;
+        done(*canCast);
+    });
+}
+
+} // namespace keldra

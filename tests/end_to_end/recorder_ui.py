@@ -1,0 +1,69 @@
+"""The recorder's windows, found by their titles and clicked with the mouse as a user would."""
+import subprocess
+
+from harness import until, xdotool
+
+# Where the controls are, in points from each panel's upper left corner.
+CONTROL = {"quit": (18, 38), "record": (83, 38), "area": (169, 38), "window": (233, 38), "display": (297, 38),
+           "camera": (366, 38), "microphone": (438, 38), "settings": (494, 38)}
+SETTINGS = {"show clicks": (252, 46), "click intensity": (200, 94), "click sound": (252, 122), "classic": (206, 156),
+            "highlight": (252, 190), "intensity": (60, 238), "size": (220, 282), "10 seconds": (228, 440), "low": (228, 502),
+            "save to": (143, 564), "open a video": (143, 626), "share usage": (252, 686)}
+
+
+def window(title):
+    """Where the window of that title is, (x, y, width, height), or None while it is not shown."""
+    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", f"^{title}$"], stdout=subprocess.PIPE,
+                           stderr=subprocess.DEVNULL, text=True).stdout.split()
+    if not found:
+        return None
+    said = subprocess.run(["xdotool", "getwindowgeometry", "--shell", found[0]], stdout=subprocess.PIPE,
+                          stderr=subprocess.DEVNULL, text=True).stdout
+    values = dict(line.split("=") for line in said.split() if "=" in line)
+    return tuple(int(values[key]) for key in ("X", "Y", "WIDTH", "HEIGHT")) if "HEIGHT" in values else None
+
+
+def shown(title):
+    return until(lambda: window(title), f"window \"{title}\"")
+
+
+def gone(title):
+    until(lambda: window(title) is None, f"end of the window \"{title}\"")
+
+
+def click(title, place, times=1):
+    x, y, _, _ = shown(title)
+    xdotool("mousemove", x + place[0], y + place[1])
+    for _ in range(times):
+        xdotool("click", 1)
+
+
+def press(name, times=1):
+    """A button of the control panel."""
+    click("KELDRA", CONTROL[name], times)
+
+
+def drag(begin, end):
+    """From one place of the screen to another, with a stop in between."""
+    middle = [(a + b) // 2 for a, b in zip(begin, end)]
+    xdotool("mousemove", *begin, "mousedown", 1, "mousemove", *middle, "mousemove", *end, "mouseup", 1)
+
+
+def pick_area(begin, end):
+    press("area")
+    shown("selection-overlay")
+    drag(begin, end)
+    gone("selection-overlay")
+    shown("selection-preview")
+
+
+def start_recording():
+    """Through the countdown."""
+    press("record")
+    shown("countdown")
+    shown("Recording time")
+
+
+def stop_recording():
+    press("record")
+    return shown("Recording saved")

@@ -1,0 +1,204 @@
+"""From the tray to a finished file with nothing but a mouse."""
+import configparser
+import subprocess
+import time
+
+from agent import Agent, Home
+from devices import Device
+from harness import Scene, TestCase, content_in_frame, numbers_of, pictures, plays, probe, until, xdotool
+from recorder_ui import (CONTROL, SETTINGS, click, drag, gone, pick_area, press, shown, start_recording, stop_recording,
+                         window)
+
+GROUND = (0x33, 0x66, 0xaa)
+
+
+class RecorderUITest(TestCase):
+    def setUp(self):
+        super().setUp()
+        subprocess.run(["xsetroot", "-solid", "#" + "".join(f"{part:02x}" for part in GROUND)], check=True)
+        xdotool("mousemove", 960, 300)
+        self.home = self.enterContext(Home(showClickIndicators="false"))
+        self.agent = self.enterContext(Agent(self.home)).is_found()
+        shown("KELDRA")
+
+    def files(self):
+        return sorted(self.home.recordings.glob("*.mov"))
+
+    def taken(self):
+        """The recording that was just saved; its panel is dismissed."""
+        self.assertEqual(len(self.files()), 1)
+        path = self.files()[0]
+        self.assertTrue(plays(path))
+        x, y, width, height = shown("Recording saved")
+        xdotool("mousemove", x + width - 22, y + height // 2, "click", 1)
+        gone("Recording saved")
+        return path
+
+    def size(self, path):
+        _, stream = probe(path)
+        return stream["width"], stream["height"]
+
+    def settings(self):
+        read = configparser.ConfigParser()
+        read.optionxform = str
+        read.read(self.home.settings)
+        return {key.removeprefix("preferences."): value for key, value in read["General"].items()}
+
+    def assertGround(self, picture):
+        """A part of a picture in which nothing of ours is seen."""
+        self.assertLessEqual(abs(picture.reshape(-1, 3).astype(int) - GROUND).max(), 6)
+
+    def wait(self, seconds):
+        end = time.monotonic() + seconds
+        until(lambda: time.monotonic() > end, "end of the wait")
+
+    def test_an_area_is_picked_adjusted_recorded_and_kept(self):
+        with Device("microphone"), Device("camera"):
+            pick_area((300, 200), (700, 500))
+            drag((700, 500), (780, 560))
+            start_recording()
+            self.assertIsNone(window("selection-preview"))
+            xdotool("mousemove", 400, 300, "click", 1)
+            press("microphone")
+            press("camera")
+            shown("Camera")
+            self.wait(1.5)
+            stop_recording()
+            path = self.taken()
+            press("camera")
+            gone("Camera")
+        self.assertEqual(self.size(path), (480, 360))
+        self.assertEqual(self.settings()["microphoneEnabled"], "true")
+
+    def test_a_display_is_recorded_without_our_windows(self):
+        press("display")
+        shown("selection-overlay")
+        xdotool("mousemove", 400, 300, "click", 1)
+        gone("selection-overlay")
+        x, y, width, height = shown("KELDRA")
+        start_recording()
+        press("settings")
+        shown("Settings")
+        self.wait(1)
+        press("settings")
+        gone("Settings")
+        stop_recording()
+        path = self.taken()
+        self.assertEqual(self.size(path), (1920, 1080))
+        for picture in pictures(path, (x, y - 400, width, height + 380)):
+            # The pointer is in it.
+            picture = picture.copy()
+            picture[380 + 20:] = GROUND
+            self.assertGround(picture[:380])
+
+    def test_a_window_is_picked(self):
+        with Scene("--managed", "--geometry", "640x320+200+150", "--rate", 20) as scene:
+            origin = content_in_frame(scene.window)
+            press("window")
+            shown("selection-overlay")
+            xdotool("mousemove", 500, 300, "click", 1)
+            gone("selection-overlay")
+            shown("selection-preview")
+            start_recording()
+            self.wait(1)
+            stop_recording()
+            path = self.taken()
+        numbers = numbers_of(path, origin)
+        self.assertNotIn(None, numbers)
+        self.assertGreater(numbers[-1] - numbers[0], 10)
+
+    def test_every_setting_is_kept(self):
+        press("settings")
+        shown("Settings")
+        for name in ("show clicks", "click intensity", "click sound", "classic", "highlight", "intensity", "size",
+                     "10 seconds", "low", "share usage"):
+            click("Settings", SETTINGS[name])
+        until(lambda: self.settings().get("analyticsEnabled") == "true", "last setting")
+        settings = self.settings()
+        self.assertEqual({name: settings[name] for name in ("showClickIndicators", "clickSoundEnabled", "clickSoundStyle",
+                                                            "showCursorHighlight", "countdownSeconds", "recordingQuality")},
+                         {"showClickIndicators": "true", "clickSoundEnabled": "true", "clickSoundStyle": "classic",
+                          "showCursorHighlight": "true", "countdownSeconds": "10", "recordingQuality": "low"})
+        self.assertAlmostEqual(float(settings["clickIndicatorIntensity"]), 1.6, delta=0.1)
+        self.assertLess(float(settings["cursorHighlightIntensity"]), 0.5)
+        self.assertGreater(float(settings["cursorHighlightSize"]), 64)
+        # A dialog that is cancelled changes nothing and brings the settings back.
+        click("Settings", SETTINGS["save to"])
+        shown("Recording folder")
+        xdotool("key", "Escape")
+        gone("Recording folder")
+        shown("Settings")
+        self.assertEqual(self.settings()["outputDirectoryPath"], str(self.home.recordings))
+        # A click elsewhere closes them.
+        press("area")
+        shown("selection-overlay")
+        xdotool("key", "Escape")
+        gone("selection-overlay")
+        self.assertIsNone(window("Settings"))
+
+    def test_quitting_in_mid_recording_asks_and_finishes_the_file(self):
+        pick_area((300, 200), (700, 500))
+        start_recording()
+        press("quit")
+        x, y, width, height = shown("Quit")
+        xdotool("mousemove", x + width // 4, y + height - 30, "click", 1)
+        gone("Quit")
+        self.assertIsNone(self.agent.process.poll(), "no means no")
+        press("quit")
+        shown("Quit")
+        xdotool("mousemove", x + 3 * width // 4, y + height - 30, "click", 1)
+        self.assertEqual(self.agent.ended()[0], 0)
+        self.assertEqual(len(self.files()), 1)
+        self.assertTrue(plays(self.files()[0]))
+
+    def test_a_signal_in_mid_recording_finishes_the_file(self):
+        pick_area((300, 200), (700, 500))
+        start_recording()
+        self.assertEqual(self.agent.end()[0], 0)
+        self.assertEqual(len(self.files()), 1)
+        self.assertTrue(plays(self.files()[0]))
+
+    def test_careless_hands_do_no_harm(self):
+        # A selection too small to be meant.
+        press("area")
+        shown("selection-overlay")
+        drag((300, 200), (316, 300))
+        gone("selection-overlay")
+        self.assertIsNone(window("selection-preview"))
+        press("record")
+        shown("Nothing selected")
+        for name in CONTROL:
+            if name in ("quit", "record"):
+                continue
+            press(name, times=2)
+            xdotool("key", "Escape", "key", "Escape")
+            self.wait(0.3)
+            xdotool("key", "Escape")
+            gone("selection-overlay")
+            self.assertIsNone(self.agent.process.poll(), name)
+        shown("KELDRA")
+        self.assertEqual(self.files(), [])
+
+
+class TwoMonitorsTest(TestCase):
+    MONITORS = (("left", "960/250x1080/280+0+0", "screen"), ("right", "960/250x1080/280+960+0", "none"))
+
+    def setUp(self):
+        super().setUp()
+        for monitor in self.MONITORS:
+            subprocess.run(["xrandr", "--setmonitor", *monitor], check=True)
+            self.addCleanup(subprocess.run, ["xrandr", "--delmonitor", monitor[0]])
+
+    def test_a_display_is_picked(self):
+        with Home() as home, Agent(home) as agent:
+            agent.is_found()
+            press("display")
+            shown("selection-overlay")
+            xdotool("mousemove", 1400, 300, "mousemove", 1410, 300, "click", 1)
+            gone("selection-overlay")
+            start_recording()
+            stop_recording()
+            path = next(home.recordings.glob("*.mov"))
+            _, stream = probe(path)
+            self.assertEqual((stream["width"], stream["height"]), (960, 1080))
+            self.assertEqual(agent.end()[0], 0)
