@@ -98,6 +98,93 @@
     </message>
 </context>
 <context>
+    <name>Messages</name>
+    <message>
+        <source>Could not enable the camera.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Microphone access was not granted.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The microphone was not ready to be enabled during this recording.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Screen recording access was not granted</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No capture selection is active.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Output folder updated</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Camera access was not granted.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No camera is available.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not connect the camera.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not prepare the camera image.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The disk is nearly full, so the recording was ended. It is saved.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not prepare screen capture.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not connect the selected display.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not connect the microphone.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not prepare the output file.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not find the selected display.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not find the selected window.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Could not prepare the capture stream.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The capture selection is invalid.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The output folder is unavailable or not writable.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>There is too little free space on the output folder&apos;s disk to record.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>PostRecordingActionsView</name>
     <message>
         <source>Recording saved</source>
@@ -358,6 +445,17 @@
     </message>
     <message>
         <source>On Wayland your desktop asks which display is recorded. Windows cannot be picked there, and cursor effects are not drawn.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>keldra::AppModel</name>
+    <message>
+        <source>Recording folder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Select</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

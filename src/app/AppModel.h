@@ -160,8 +160,6 @@ private:
     void syncPointerEffectsMonitor();
 
     void noteErrorMessage(const QString& message);
-    /// Unless this desktop has no such page.
-    std::optional<AppNotice::Action> helpFor(const QString& message) const;
     void endIfAskedTo();
 
     const Parts m_parts;

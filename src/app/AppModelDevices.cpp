@@ -87,7 +87,8 @@ void AppModel::storeCameraEnabled(bool isEnabled) {
 void AppModel::refuseCamera() {
     storeCameraEnabled(false);
     const QString reason = m_parts.camera->userFacingError();
-    setErrorMessage(reason.isEmpty() ? QStringLiteral("Could not enable the camera.") : reason);
+    setErrorMessage(reason.isEmpty() ? QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Could not enable the camera."))
+                                     : reason);
 }
 
 QCoro::Task<> AppModel::toggleMicrophone() {
@@ -98,14 +99,15 @@ QCoro::Task<> AppModel::toggleMicrophone() {
         if (!alive)
             co_return;
         if (!isGranted) {
-            setErrorMessage(QStringLiteral("Microphone access was not granted."));
+            setErrorMessage(QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Microphone access was not granted.")));
             co_return;
         }
     }
     if (recordingState() == RecordingState::recording) {
         const bool isSwitched = m_parts.recorder.setMicrophoneEnabled(!wasEnabled);
         if (!isSwitched && !wasEnabled) {
-            setErrorMessage(QStringLiteral("The microphone was not ready to be enabled during this recording."));
+            setErrorMessage(QStringLiteral(
+                QT_TRANSLATE_NOOP("Messages", "The microphone was not ready to be enabled during this recording.")));
             co_return;
         }
     }

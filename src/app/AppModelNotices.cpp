@@ -12,15 +12,8 @@ void AppModel::noteErrorMessage(const QString& message) {
     // A turn later, by when the message may be cleared again; it is told all the same.
     m_parts.mainQueue.post([alive = QPointer<AppModel>(this), message] {
         if (alive)
-            alive->showNotice(AppNotice::Kind::error, message, alive->helpFor(message));
+            alive->showNotice(AppNotice::Kind::error, message, noticeAction(message));
     });
-}
-
-std::optional<AppNotice::Action> AppModel::helpFor(const QString& message) const {
-    const auto action = noticeAction(message);
-    const auto* page = action ? std::get_if<SettingsPage>(&*action) : nullptr;
-    const auto& workspace = m_parts.platform.workspace;
-    return page && workspace && !workspace->hasSettings(*page) ? std::nullopt : action;
 }
 
 void AppModel::showNotice(AppNotice::Kind kind, const QString& message, std::optional<AppNotice::Action> action) {

@@ -53,13 +53,13 @@ QCoro::Task<> AppModel::requestScreenPermission() {
     if (isGranted)
         setRecordingState(RecordingState::idle);
     else
-        fail(QStringLiteral("Screen recording access was not granted"));
+        fail(QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Screen recording access was not granted")));
 }
 
 QCoro::Task<> AppModel::beginRecording() {
     const std::optional<CaptureSelection> selection = currentSelection();
     if (!selection) {
-        fail(QStringLiteral("No capture selection is active."));
+        fail(QStringLiteral(QT_TRANSLATE_NOOP("Messages", "No capture selection is active.")));
         co_return;
     }
     const QPointer<AppModel> alive(this);
@@ -75,7 +75,7 @@ QCoro::Task<> AppModel::beginRecording() {
     if (!alive)
         co_return;
     if (microphoneEnabled() && !isGranted) {
-        fail(QStringLiteral("Microphone access was not granted."));
+        fail(QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Microphone access was not granted.")));
         co_return;
     }
     updateMicrophoneMonitor();

@@ -123,7 +123,7 @@ QCoro::Task<> AppModel::chooseOutputDirectory() {
     co_await m_parts.scheduler.sleep(dialogDelay);
     if (!alive)
         co_return;
-    const FolderDialog dialog{QStringLiteral("Recording folder"), QStringLiteral("Select"), outputDirectoryURL()};
+    const FolderDialog dialog{tr("Recording folder"), tr("Select"), outputDirectoryURL()};
     const auto dialogs = m_parts.platform.dialogs;
     const Result<std::optional<QUrl>> answer = co_await awaitCompletion<std::optional<QUrl>>(
         [&](auto done) { dialogs->chooseFolder(dialog, std::move(done)); });
@@ -138,7 +138,8 @@ QCoro::Task<> AppModel::chooseOutputDirectory() {
     }
     setIsSettingsPresented(wasPresented);
     if (folder)
-        showNotice(AppNotice::Kind::info, QStringLiteral("Output folder updated"), std::nullopt);
+        showNotice(AppNotice::Kind::info, QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Output folder updated")),
+                   std::nullopt);
 }
 
 } // namespace keldra

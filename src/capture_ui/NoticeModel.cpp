@@ -2,6 +2,8 @@
 
 #include "base/Overloaded.h"
 
+#include <QCoreApplication>
+
 namespace keldra {
 
 NoticeModel::NoticeModel(AppModel& model, std::shared_ptr<const Workspace> workspace)
@@ -12,6 +14,10 @@ NoticeModel::NoticeModel(AppModel& model, std::shared_ptr<const Workspace> works
         m_last = *notice;
         Q_EMIT changed();
     });
+}
+
+QString NoticeModel::message() const {
+    return QCoreApplication::translate("Messages", m_last.message.toUtf8().constData());
 }
 
 QString NoticeModel::kind() const {

@@ -25,7 +25,8 @@ public:
     /// "success", "error" or "info".
     QString kind() const;
     QString symbol() const;
-    QString message() const { return m_last.message; }
+    /// In the user's language, where the catalogue "Messages" has it.
+    QString message() const;
     /// Empty when the notice offers nothing that this desktop can do.
     QString actionLabel() const;
 

@@ -11,7 +11,7 @@
 namespace keldra {
 namespace {
 
-constexpr int stopSignals[] = {SIGINT, SIGTERM};
+constexpr int stopSignals[] = {SIGINT, SIGTERM, SIGHUP};
 
 /// All that a signal handler may touch.
 std::atomic<int> wakeDescriptor = -1;
@@ -23,13 +23,21 @@ void wake(int) {
     errno = savedErrno;
 }
 
+/// As nohup has it: the program goes on when its terminal closes.
+bool isIgnored(int number) {
+    struct sigaction present {};
+    sigaction(number, nullptr, &present);
+    return present.sa_handler == SIG_IGN;
+}
+
 void install(void (*handler)(int)) {
     struct sigaction action {};
     action.sa_handler = handler;
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
     for (const int number : stopSignals)
-        sigaction(number, &action, nullptr);
+        if (!isIgnored(number))
+            sigaction(number, &action, nullptr);
 }
 
 } // namespace

@@ -10,6 +10,7 @@ using Applications = std::shared_ptr<RunningApplications>;
 
 /// Long enough for the file that a copy finishes on its way out.
 constexpr std::chrono::seconds patienceWithFarewell{30};
+constexpr std::chrono::seconds patienceWithTheSilent{10};
 constexpr std::chrono::seconds patienceWithTheKilled{5};
 
 QCoro::Task<bool> handOver(Applications applications, RunningApplication other, AgentRequest request) {
@@ -42,7 +43,8 @@ QCoro::Task<bool> end(Applications applications, RunningApplication other) {
     }
     if (!isAsked)
         applications->terminate(other);
-    const bool isGone = co_await hasGone(applications, other, patienceWithFarewell);
+    const bool isGone =
+        co_await hasGone(applications, other, isAsked ? patienceWithFarewell : patienceWithTheSilent);
     if (!isGone) {
         logLine("[KELDRA]", "another copy does not end, and is ended");
         applications->forceTerminate(other);

@@ -68,7 +68,7 @@ QCoro::Task<bool> CameraService::start(QString deviceID) {
         co_return false;
     setAuthorized(isGranted);
     if (!isGranted) {
-        m_userFacingError = QStringLiteral("Camera access was not granted.");
+        m_userFacingError = QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Camera access was not granted."));
         co_return false;
     }
 

@@ -1,16 +1,18 @@
 #include "recording/CameraServiceError.h"
 
+#include <QtGlobal>
+
 namespace keldra {
 namespace {
 
 const char* words(CameraServiceError error) {
     switch (error) {
     case CameraServiceError::noCameraAvailable:
-        return "No camera is available.";
+        return QT_TRANSLATE_NOOP("Messages", "No camera is available.");
     case CameraServiceError::couldNotAddCameraInput:
-        return "Could not connect the camera.";
+        return QT_TRANSLATE_NOOP("Messages", "Could not connect the camera.");
     case CameraServiceError::couldNotAddVideoOutput:
-        return "Could not prepare the camera image.";
+        return QT_TRANSLATE_NOOP("Messages", "Could not prepare the camera image.");
     }
     return "";
 }

@@ -7,7 +7,8 @@ QString endingWords(RecordingEnding ending) {
     case RecordingEnding::stopped:
         return {};
     case RecordingEnding::diskNearlyFull:
-        return QStringLiteral("The disk is nearly full, so the recording was ended. It is saved.");
+        return QStringLiteral(
+            QT_TRANSLATE_NOOP("Messages", "The disk is nearly full, so the recording was ended. It is saved."));
     }
     return {};
 }

@@ -1,30 +1,32 @@
 #include "recording/ScreenRecorderError.h"
 
+#include <QtGlobal>
+
 namespace keldra {
 namespace {
 
 const char* words(ScreenRecorderError error) {
     switch (error) {
     case ScreenRecorderError::couldNotCreateScreenInput:
-        return "Could not prepare screen capture.";
+        return QT_TRANSLATE_NOOP("Messages", "Could not prepare screen capture.");
     case ScreenRecorderError::couldNotAddScreenInput:
-        return "Could not connect the selected display.";
+        return QT_TRANSLATE_NOOP("Messages", "Could not connect the selected display.");
     case ScreenRecorderError::couldNotAddMicrophoneInput:
-        return "Could not connect the microphone.";
+        return QT_TRANSLATE_NOOP("Messages", "Could not connect the microphone.");
     case ScreenRecorderError::couldNotAddMovieOutput:
-        return "Could not prepare the output file.";
+        return QT_TRANSLATE_NOOP("Messages", "Could not prepare the output file.");
     case ScreenRecorderError::couldNotFindDisplay:
-        return "Could not find the selected display.";
+        return QT_TRANSLATE_NOOP("Messages", "Could not find the selected display.");
     case ScreenRecorderError::couldNotFindWindow:
-        return "Could not find the selected window.";
+        return QT_TRANSLATE_NOOP("Messages", "Could not find the selected window.");
     case ScreenRecorderError::couldNotPrepareStream:
-        return "Could not prepare the capture stream.";
+        return QT_TRANSLATE_NOOP("Messages", "Could not prepare the capture stream.");
     case ScreenRecorderError::invalidSelection:
-        return "The capture selection is invalid.";
+        return QT_TRANSLATE_NOOP("Messages", "The capture selection is invalid.");
     case ScreenRecorderError::outputDirectoryUnavailable:
-        return "The output folder is unavailable or not writable.";
+        return QT_TRANSLATE_NOOP("Messages", "The output folder is unavailable or not writable.");
     case ScreenRecorderError::tooLittleFreeSpace:
-        return "There is too little free space on the output folder's disk to record.";
+        return QT_TRANSLATE_NOOP("Messages", "There is too little free space on the output folder's disk to record.");
     }
     return "";
 }

@@ -99,6 +99,10 @@ def click(x, y):
     subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True, timeout=DEADLINE)
 
 
+def press_keys(keys):
+    subprocess.run(["xdotool", "key", keys], check=True, timeout=DEADLINE)
+
+
 class ControlPanel:
     """The control panel's buttons, by where they are in it."""
     TITLE = "KELDRA"

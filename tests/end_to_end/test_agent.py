@@ -4,8 +4,11 @@ import subprocess
 import tempfile
 import unittest
 
-from agent import Agent, Home, owner, record_display, windows
+from agent import Agent, Home, owner, press_keys, record_display, windows
 from harness import plays, probe, until
+
+
+VIDEO_DIALOG = "Choose a video to edit"
 
 
 def can_trace():
@@ -23,7 +26,7 @@ class AgentTestCase(unittest.TestCase):
 
 class AgentTest(AgentTestCase):
     def test_it_starts_and_ends_at_a_signal(self):
-        for number in signal.SIGTERM, signal.SIGINT:
+        for number in signal.SIGTERM, signal.SIGINT, signal.SIGHUP:
             status, _, err = self.start().is_found().end(number)
             self.assertEqual((status, err), (0, ""))
             self.assertIsNone(owner())
@@ -50,10 +53,19 @@ class AgentTest(AgentTestCase):
         first = self.start().is_found()
         movie = self.home.path / "a movie.mov"
         movie.write_bytes(b"")
-        for arguments in ((movie,), (movie.as_uri(),), ("--open",)):
-            self.assertEqual(self.start(*arguments).ended()[:1], (0,))
+        for arguments, window in ((movie,), "Notice"), ((movie.as_uri(),), "Notice"), (("--open",), VIDEO_DIALOG):
+            self.assertEqual(self.start(*arguments).ended()[0], 0)
+            until(lambda: window in windows(), window)
         self.assertIsNone(first.process.poll())
         self.assertEqual(owner(), first.process.pid)
+
+    def test_a_key_opens_a_video(self):
+        self.start().is_found()
+        until(lambda: "KELDRA" in windows(), "control panel")
+        press_keys("ctrl+o")
+        until(lambda: VIDEO_DIALOG in windows(), "dialog")
+        press_keys("Escape")
+        until(lambda: VIDEO_DIALOG not in windows(), "end of the dialog")
 
     def test_copies_that_start_at_once_leave_one(self):
         copies = [self.start() for _ in range(3)]
