@@ -75,8 +75,8 @@ function(keldra_test name)
   endif()
 endfunction()
 
-# keldra_qml_module(NAME URI): the files in qml/ of a folder are a QML module, compiled in. Whoever uses it asks for its resources:
-# a static library brings only what is asked for.
+# keldra_qml_module(NAME URI): the files in qml/ of a folder are a QML module, compiled in. Whoever uses it asks for its
+# resources: a static library brings only what is asked for.
 function(keldra_qml_module name uri)
   string(REPLACE . / path ${uri})
   set(directory ${CMAKE_SOURCE_DIR}/src/${name}/qml)

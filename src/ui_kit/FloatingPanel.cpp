@@ -224,7 +224,9 @@ void FloatingPanel::applyShape() {
         cutToShape(*m_view, whole);
     }
     // What is cut off takes no clicks anyway.
-    if (isTranslucent && hasOutline && !m_configuration.ignoresMouse)
+    if (m_configuration.ignoresMouse)
+        takeClicksOnlyIn(*m_view, {});
+    else if (isTranslucent && hasOutline)
         takeClicksOnlyIn(*m_view, shapeRegion(outline, scale));
 }
 

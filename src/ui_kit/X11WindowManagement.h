@@ -30,9 +30,9 @@ void keepOffTaskbar(QWindow& window);
 bool placeInRoot(QWindow& window, const QRect& rootPixels);
 /// Cuts the window out along that region, in pixels from its upper left corner; nothing of an empty region shows.
 void cutToShape(QWindow& window, const QRegion& pixels);
-/// The pointer sees the window only in that region, in the same pixels, and neither it nor the frame that a window manager
-/// has put around it elsewhere: some of these copy to the frame only what changes while they manage the window, and Qt's
-/// own flag for windows that let all clicks through comes too early for them. Called once the window is exposed.
+/// The pointer sees the window, and the frame that a window manager has put around it, only in that region, in the same
+/// pixels. Ask again when the window has been shown: some window managers copy to the frame only what changes while they
+/// manage the window, and Qt's flag for windows that let clicks through comes too early for them.
 void takeClicksOnlyIn(QWindow& window, const QRegion& pixels);
 /// What that part of the screen shows now, without the pointer; null elsewhere, or when the server does not answer.
 QImage takeScreenshot(const QRect& rootPixels);

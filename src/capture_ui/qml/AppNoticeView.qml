@@ -20,7 +20,8 @@ PanelGround {
         color: root.colors[root.panel.kind]
     }
     Paragraph {
-        anchors { left: mark.right; leftMargin: 12; right: action.visible ? action.left : close.left; rightMargin: 10; verticalCenter: parent.verticalCenter }
+        anchors { left: mark.right; leftMargin: 12; verticalCenter: parent.verticalCenter }
+        anchors { right: action.visible ? action.left : close.left; rightMargin: 10 }
         height: 40
         verticalAlignment: Text.AlignVCenter
         // A path has no words.

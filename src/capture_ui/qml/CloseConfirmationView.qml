@@ -10,7 +10,7 @@ PanelGround {
     onCancelled: panel.cancelQuit()
 
     Paragraph {
-        anchors { left: parent.left; right: parent.right; top: parent.top; bottom: answers.top; margins: 16; bottomMargin: 8 }
+        anchors { fill: parent; margins: 16; bottomMargin: answers.height + 22 }
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         text: qsTr("A recording is in progress. Are you sure you want to quit?")

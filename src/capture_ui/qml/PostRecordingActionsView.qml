@@ -17,7 +17,8 @@ PanelGround {
         color: Theme.success
     }
     Paragraph {
-        anchors { left: mark.right; leftMargin: 8; right: actions.left; rightMargin: 6; verticalCenter: parent.verticalCenter }
+        anchors { left: mark.right; leftMargin: 8; right: actions.left; rightMargin: 6 }
+        anchors.verticalCenter: parent.verticalCenter
         height: 40
         verticalAlignment: Text.AlignVCenter
         text: qsTr("Recording saved")

@@ -1,7 +1,8 @@
 import QtQuick
 import Keldra.UiKit
 
-/// The button that everything is about. Quiet while there is nothing to record, bright once there is, outlined while recording.
+/// The button that everything is about. Quiet while there is nothing to record, bright once there is, outlined while
+/// recording.
 ControlButton {
     id: root
 
@@ -14,8 +15,10 @@ ControlButton {
     radius: 13
     opacity: enabled ? 1 : 0.42
     restingFill: isReady ? Theme.accent : isRecording ? Qt.alpha(Theme.accent, 0.14) : Theme.fill
-    hoveredFill: isReady ? Qt.lighter(Theme.accent, 1.1) : isRecording ? Qt.alpha(Theme.accent, 0.24) : Theme.fillHovered
-    pressedFill: isReady ? Qt.darker(Theme.accent, 1.12) : isRecording ? Qt.alpha(Theme.accent, 0.32) : Theme.fillPressed
+    hoveredFill: isReady ? Qt.lighter(Theme.accent, 1.1)
+                         : isRecording ? Qt.alpha(Theme.accent, 0.24) : Theme.fillHovered
+    pressedFill: isReady ? Qt.darker(Theme.accent, 1.12)
+                         : isRecording ? Qt.alpha(Theme.accent, 0.32) : Theme.fillPressed
     edge: isRecording ? Theme.accent : isReady ? "transparent" : Theme.hairline
     Behavior on opacity { NumberAnimation { duration: Theme.motion } }
 

@@ -17,7 +17,8 @@ PanelGround {
         color: Theme.accent
     }
     Paragraph {
-        anchors { left: parent.left; right: parent.right; top: mark.bottom; bottom: parent.bottom; margins: 24; topMargin: 8; bottomMargin: 14 }
+        anchors { left: parent.left; right: parent.right; leftMargin: 24; rightMargin: 24 }
+        anchors { top: mark.bottom; topMargin: 8; bottom: parent.bottom; bottomMargin: 14 }
         horizontalAlignment: Text.AlignHCenter
         verticalAlignment: Text.AlignVCenter
         text: qsTr("Select an area, window, or full screen before starting a recording")

@@ -9,7 +9,8 @@ FocusScope {
     required property var panel
     required property var status
     readonly property var outline: [
-        { x: bubble.x, y: bubble.y, width: bubble.visible ? bubble.width : 0, height: bubble.height, radius: bubble.radius },
+        { x: bubble.x, y: bubble.y, width: bubble.visible ? bubble.width : 0, height: bubble.height,
+          radius: bubble.radius },
         { x: bar.x, y: bar.y, width: bar.width, height: bar.height, radius: bar.radius }
     ]
 

@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Keldra.UiKit
 
-/// A word, a number and a slider below them. It keeps drags to itself: its window, movable by its background, stays. What holds is
-/// bound to `value`; a drag, or an arrow key, asks for another.
+/// A word, a number and a slider below them. It keeps drags to itself: its window, movable by its background, stays.
+/// What holds is bound to `value`; a drag, or an arrow key, asks for another.
 T.Slider {
     id: root
 

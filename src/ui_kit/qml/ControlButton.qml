@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Keldra.UiKit
 
-/// What all buttons have: a hint, a name, keys, a ground that answers the pointer. `text` names the button also where it is not
-/// shown.
+/// What all buttons have: a hint, a name, keys, a ground that answers the pointer. `text` names the button also where it
+/// is not shown.
 T.Button {
     id: root
 

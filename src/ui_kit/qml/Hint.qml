@@ -2,7 +2,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Keldra.UiKit
 
-/// Says what a control does once the pointer or the keyboard has rested on it. Not again after a press, until they come back.
+/// Says what a control does once the pointer or the keyboard has rested on it. Not again after a press, until they come
+/// back.
 QtObject {
     id: root
 

@@ -2,8 +2,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Keldra.UiKit
 
-/// A menu of names of which one is picked. An empty menu says so, and closes if it is open. What holds is bound to `current`; a
-/// press asks for another by its id.
+/// A menu of names of which one is picked. An empty menu says so, and closes if it is open. What holds is bound to
+/// `current`; a press asks for another by its id.
 T.ComboBox {
     id: root
 

@@ -2,7 +2,8 @@ import QtQuick
 import QtQuick.Templates as T
 import Keldra.UiKit
 
-/// Choices of which one holds, side by side. What holds is bound to `current`; a press, or an arrow key, asks for another.
+/// Choices of which one holds, side by side. What holds is bound to `current`; a press, or an arrow key, asks for
+/// another.
 Item {
     id: root
 
