@@ -1,12 +1,12 @@
 """The desktop agent as a user meets it: started, asked things over the bus, and ended."""
 import os
 import pathlib
-import re
 import signal
 import subprocess
 import tempfile
 
-from harness import DEADLINE, KELDRA, until
+import recorder_ui
+from harness import DEADLINE, KELDRA, until, xdotool
 
 BUS_NAME = "com.keldra.KELDRA"
 
@@ -83,45 +83,12 @@ class Agent:
         return self.process.returncode, out, err
 
 
-def windows():
-    """The windows of the program that can be seen, by their titles: (id, x, y, width, height)."""
-    found = {}
-    said = subprocess.run(["xdotool", "search", "--onlyvisible", "--class", "keldra", "getwindowname", "%@",
-                           "getwindowgeometry", "%@"], capture_output=True, text=True, timeout=DEADLINE).stdout
-    lines = said.splitlines()
-    geometries = re.findall(r"Window (\d+)\n  Position: (-?\d+),(-?\d+).*\n  Geometry: (\d+)x(\d+)", said)
-    for title, geometry in zip(lines, geometries):
-        found[title] = tuple(map(int, geometry))
-    return found
-
-
-def click(x, y):
-    subprocess.run(["xdotool", "mousemove", str(x), str(y), "click", "1"], check=True, timeout=DEADLINE)
-
-
-def press_keys(keys):
-    subprocess.run(["xdotool", "key", keys], check=True, timeout=DEADLINE)
-
-
-class ControlPanel:
-    """The control panel's buttons, by where they are in it."""
-    TITLE = "KELDRA"
-    BUTTONS = {"record": (84, 38), "display": (303, 38)}
-
-    def press(self, button):
-        _, x, y, _, _ = until(lambda: windows().get(self.TITLE), "control panel")
-        right, down = self.BUTTONS[button]
-        click(x + right, y + down)
-
-
 def record_display(recordings):
     """Records the display, as a user does it with the mouse; the growing file."""
-    panel = ControlPanel()
-    panel.press("display")
-    until(lambda: ControlPanel.TITLE not in windows() and "selection-overlay" in windows(), "selection")
-    click(500, 300)
-    until(lambda: ControlPanel.TITLE in windows(), "control panel after the selection")
-    panel.press("record")
-    file = until(lambda: next(recordings.glob("KELDRA-*.mov"), None), "recording")
-    until(lambda: "Recording time" in windows(), "timer")
-    return file
+    recorder_ui.press("display")
+    recorder_ui.shown("selection-overlay")
+    recorder_ui.gone("KELDRA")
+    xdotool("mousemove", 500, 300, "click", 1)
+    recorder_ui.shown("KELDRA")
+    recorder_ui.start_recording()
+    return until(lambda: next(recordings.glob("KELDRA-*.mov"), None), "recording")

@@ -4,8 +4,9 @@ import subprocess
 import tempfile
 import unittest
 
-from agent import Agent, Home, owner, press_keys, record_display, windows
-from harness import plays, probe, until
+from agent import Agent, Home, owner, record_display
+from harness import plays, probe, until, xdotool
+from recorder_ui import gone, shown, window
 
 
 VIDEO_DIALOG = "Choose a video to edit"
@@ -40,7 +41,7 @@ class AgentTest(AgentTestCase):
 
     def test_on_wayland_it_starts_and_says_what_cannot_be(self):
         agent = self.start(environment={"XDG_SESSION_TYPE": "wayland"}).is_found()
-        until(lambda: "Notice" in windows(), "notice")
+        shown("Notice")
         self.assertEqual(agent.end()[0], 0)
 
     def test_a_second_start_takes_the_place_of_an_idle_copy(self):
@@ -53,19 +54,19 @@ class AgentTest(AgentTestCase):
         first = self.start().is_found()
         movie = self.home.path / "a movie.mov"
         movie.write_bytes(b"")
-        for arguments, window in ((movie,), "Notice"), ((movie.as_uri(),), "Notice"), (("--open",), VIDEO_DIALOG):
+        for arguments, title in ((movie,), "Notice"), ((movie.as_uri(),), "Notice"), (("--open",), VIDEO_DIALOG):
             self.assertEqual(self.start(*arguments).ended()[0], 0)
-            until(lambda: window in windows(), window)
+            shown(title)
         self.assertIsNone(first.process.poll())
         self.assertEqual(owner(), first.process.pid)
 
     def test_a_key_opens_a_video(self):
         self.start().is_found()
-        until(lambda: "KELDRA" in windows(), "control panel")
-        press_keys("ctrl+o")
-        until(lambda: VIDEO_DIALOG in windows(), "dialog")
-        press_keys("Escape")
-        until(lambda: VIDEO_DIALOG not in windows(), "end of the dialog")
+        shown("KELDRA")
+        xdotool("key", "ctrl+o")
+        shown(VIDEO_DIALOG)
+        xdotool("key", "Escape")
+        gone(VIDEO_DIALOG)
 
     def test_copies_that_start_at_once_leave_one(self):
         copies = [self.start() for _ in range(3)]
@@ -93,11 +94,11 @@ class AgentTest(AgentTestCase):
         (folder / "KELDRA-2026-01-01-00-00-00.mov").write_bytes(b"what was recorded")
         for is_offered in True, False:
             agent = self.start().is_found()
-            until(lambda: "KELDRA" in windows(), "control panel")
+            shown("KELDRA")
             if is_offered:
-                until(lambda: "Notice" in windows(), "notice")
+                shown("Notice")
             else:
-                self.assertNotIn("Notice", windows())
+                self.assertIsNone(window("Notice"))
             agent.end()
 
 
@@ -118,7 +119,8 @@ class RecordingAgentTest(AgentTestCase):
 
     def test_a_signal_finishes_the_recording_without_windows(self):
         self.agent.process.send_signal(signal.SIGTERM)
-        until(lambda: not windows(), "empty screen")
+        gone("KELDRA")
+        gone("Recording time")
         status, _, err = self.agent.ended()
         self.assertEqual((status, err), (0, ""))
         self.assertWhole()
@@ -136,7 +138,7 @@ class RecordingAgentTest(AgentTestCase):
             self.assertEqual(self.start(*arguments).ended()[0], 0)
         self.assertIsNone(self.agent.process.poll())
         self.assertEqual(owner(), self.agent.process.pid)
-        self.assertIn("Recording time", windows())
+        self.assertIsNotNone(window("Recording time"))
         self.assertEqual(self.agent.end()[0], 0)
         self.assertWhole()
 
