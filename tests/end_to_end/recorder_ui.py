@@ -44,9 +44,9 @@ def press(name, times=1):
 
 
 def drag(begin, end):
-    """From one place of the screen to another, with a stop in between."""
-    middle = [(a + b) // 2 for a, b in zip(begin, end)]
-    xdotool("mousemove", *begin, "mousedown", 1, "mousemove", *middle, "mousemove", *end, "mouseup", 1)
+    """From one place of the screen to another, as a hand does: a first bit, by which a drag is known, and then the rest."""
+    first = [a + (12 if b > a else -12) for a, b in zip(begin, end)]
+    xdotool("mousemove", *begin, "mousedown", 1, "mousemove", *first, "sleep", 0.2, "mousemove", *end, "sleep", 0.2, "mouseup", 1)
 
 
 def pick_area(begin, end):
