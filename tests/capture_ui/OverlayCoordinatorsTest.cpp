@@ -347,7 +347,7 @@ class Preview : public OverlayCoordinators {
 protected:
     void show(const CaptureSelection& selection) {
         coordinator.show(
-            selection, [this](QRectF region) { changes.append(region); }, [this] { ++cancels; });
+            selection, [this](QRectF changed) { changes.append(changed); }, [this] { ++cancels; });
     }
     OverlayView& view() { return *overlays.last().view; }
     void drag(QPointF from, QPointF to) {
