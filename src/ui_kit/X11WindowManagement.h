@@ -30,8 +30,8 @@ void keepOffTaskbar(QWindow& window);
 bool placeInRoot(QWindow& window, const QRect& rootPixels);
 /// Cuts the window out along that region, in pixels from its upper left corner; nothing of an empty region shows.
 void cutToShape(QWindow& window, const QRegion& pixels);
-/// The pointer does not see the window, nor the frame that a window manager has put around it: some of these copy to the
-/// frame only what changes while they manage the window, and Qt's flag for this comes too early for them.
+/// The pointer does not see the window, nor the frame that a window manager has put around it: some of these copy to
+/// the frame only what changes while they manage the window, and Qt's flag for this comes too early for them.
 void letClicksThrough(QWindow& window);
 /// What that part of the screen shows now, without the pointer; null elsewhere, or when the server does not answer.
 QImage takeScreenshot(const QRect& rootPixels);
