@@ -9,12 +9,6 @@ namespace {
 
 namespace keys = preferenceKeys;
 
-CaptureMode modeOf(const CaptureSelection& selection) {
-    if (std::holds_alternative<DisplaySelection>(selection))
-        return CaptureMode::display;
-    return std::holds_alternative<RegionSelection>(selection) ? CaptureMode::region : CaptureMode::window;
-}
-
 std::uint32_t displayOf(const CaptureSelection& selection) {
     return std::visit([](const auto& each) { return each.displayID; }, selection);
 }

@@ -1,18 +1,6 @@
 #include "capture_ui/ControlPanelModel.h"
 
-#include "base/Overloaded.h"
-
 namespace keldra {
-namespace {
-
-CaptureMode modeOf(const CaptureSelection& selection) {
-    return std::visit(Overloaded{[](const RegionSelection&) { return CaptureMode::region; },
-                                 [](const WindowSelection&) { return CaptureMode::window; },
-                                 [](const DisplaySelection&) { return CaptureMode::display; }},
-                      selection);
-}
-
-} // namespace
 
 ControlPanelModel::ControlPanelModel(AppModel& model) : m_model(model) {
     const auto notify = [this] { Q_EMIT changed(); };

@@ -19,7 +19,11 @@ constexpr Duration settlingTime = 150ms;
 
 DesktopSelectionCoordinator::DesktopSelectionCoordinator(Parts parts) : m_parts(std::move(parts)) {}
 
-DesktopSelectionCoordinator::~DesktopSelectionCoordinator() = default;
+DesktopSelectionCoordinator::~DesktopSelectionCoordinator() {
+    // Whoever waits is not left waiting.
+    if (m_done)
+        m_parts.mainQueue.post([done = std::move(m_done)] { done(std::optional<CaptureSelection>()); });
+}
 
 QCoro::Task<std::optional<CaptureSelection>> DesktopSelectionCoordinator::selectRegion() {
     return select(CaptureMode::region, 0);
@@ -76,8 +80,8 @@ void DesktopSelectionCoordinator::finish(std::optional<CaptureSelection> selecti
                             done = std::exchange(m_done, nullptr), selection = std::move(selection)]() mutable {
         view.reset();
         if (life.expired())
-            return;
-        if (!m_done)
+            selection.reset();
+        else if (!m_done)
             m_parts.cursorEffects.setPaused(false);
         done(std::move(selection));
     });

@@ -1,7 +1,7 @@
 #include "capture_ui/DesktopSelectionPreviewCoordinator.h"
 
-#include "base/Overloaded.h"
 #include "capture_ui/SelectionPreviewView.h"
+#include "platform/SelectedRect.h"
 #include "ui_kit/DesktopCoordinates.h"
 
 #include <utility>
@@ -13,26 +13,11 @@ DesktopSelectionPreviewCoordinator::DesktopSelectionPreviewCoordinator(Parts par
 
 DesktopSelectionPreviewCoordinator::~DesktopSelectionPreviewCoordinator() = default;
 
-std::optional<QRectF> DesktopSelectionPreviewCoordinator::rectOf(const CaptureSelection& selection,
-                                                                 const QList<Screen>& screens) const {
-    return std::visit(Overloaded{
-                          [&](const DisplaySelection& display) -> std::optional<QRectF> {
-                              const auto screen = findScreen(screens, display.displayID);
-                              return screen ? std::optional(screen->frame) : std::nullopt;
-                          },
-                          [](const RegionSelection& region) -> std::optional<QRectF> { return region.rect; },
-                          [&](const WindowSelection& window) -> std::optional<QRectF> {
-                              return m_parts.windows->liveFrame(window.windowID).value_or(window.rect);
-                          },
-                      },
-                      selection);
-}
-
 void DesktopSelectionPreviewCoordinator::show(const CaptureSelection& selection,
                                               std::function<void(QRectF)> onRegionChange,
                                               std::function<void()> onCancel) {
     const QList<Screen> screens = m_parts.screens->screens();
-    const std::optional<QRectF> rect = rectOf(selection, screens);
+    const std::optional<QRectF> rect = selectedRect(selection, screens, *m_parts.windows);
     if (!rect || screens.isEmpty())
         return hide();
     const auto mode = std::holds_alternative<RegionSelection>(selection) ? SelectionPreviewView::Mode::editable

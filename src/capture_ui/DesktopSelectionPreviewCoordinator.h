@@ -33,7 +33,6 @@ public:
     void hide() override;
 
 private:
-    std::optional<QRectF> rectOf(const CaptureSelection& selection, const QList<Screen>& screens) const;
     void watchEscape(std::function<void()> onCancel);
 
     const Parts m_parts;

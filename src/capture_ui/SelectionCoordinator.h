@@ -10,7 +10,8 @@
 namespace keldra {
 
 /// Lets the user pick what to record, on the whole desktop. Each call resumes with the selection, or with nothing when
-/// it was cancelled or there is no screen; a call while another waits cancels that one. Main thread.
+/// it was cancelled or there is no screen; a call while another waits cancels that one, and so does the end of this
+/// object. Main thread.
 class SelectionCoordinator {
 public:
     virtual ~SelectionCoordinator() = default;

@@ -1,5 +1,7 @@
 #include "cli/RecordDevices.h"
 
+#include "platform/SelectedRect.h"
+
 #include <algorithm>
 
 namespace keldra {
@@ -18,16 +20,6 @@ QString wordFor(CaptureDeviceKind kind) {
 
 bool isNamed(const CaptureDeviceOption& device, const QString& word) {
     return device.id == word || device.name.compare(word, Qt::CaseInsensitive) == 0;
-}
-
-QRectF rectOf(const CaptureSelection& selection, const Screens& screens, const WindowList& windows) {
-    if (const auto* display = std::get_if<DisplaySelection>(&selection)) {
-        const auto screen = findScreen(screens.screens(), display->displayID);
-        return screen ? screen->frame : QRectF();
-    }
-    if (const auto* window = std::get_if<WindowSelection>(&selection))
-        return windows.liveFrame(window->windowID).value_or(window->rect);
-    return std::get<RegionSelection>(selection).rect;
 }
 
 } // namespace
@@ -56,7 +48,7 @@ Result<CaptureDeviceOption> deviceFor(const Platform& platform, CaptureDeviceKin
 }
 
 CameraOverlaySnapshot bubbleFor(const CaptureSelection& selection, const Screens& screens, const WindowList& windows) {
-    const QRectF source = rectOf(selection, screens, windows);
+    const QRectF source = selectedRect(selection, screens.screens(), windows).value_or(QRectF());
     const double side = cameraOverlaySide(CameraOverlaySize::large);
     CameraOverlaySnapshot bubble;
     bubble.isVisible = true;

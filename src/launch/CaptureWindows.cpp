@@ -9,6 +9,9 @@
 #include "ui_kit/OverlayWindow.h"
 #include "ui_kit/UiKit.h"
 
+#include <QGuiApplication>
+#include <QScreen>
+
 namespace keldra {
 namespace {
 
@@ -19,7 +22,9 @@ public:
         : m_kit(platform.ownWindows, !platform.makeScreenStream)
         , m_overlays(platform.ownWindows, scheduler)
         , m_viewModels(model, scheduler, platform.workspace)
-        , m_coordinator(model, coordinatorParts(model, platform, scheduler, mainQueue)) {}
+        , m_coordinator(model, coordinatorParts(model, platform, scheduler, mainQueue)) {
+        watchMonitors();
+    }
 
     void show() override { m_coordinator.show(); }
     void hidePanels() override { m_coordinator.hidePanels(); }
@@ -29,6 +34,19 @@ public:
     void setIsHiddenFromMenuBar(bool isHidden) override { m_coordinator.setIsHiddenFromMenuBar(isHidden); }
 
 private:
+    void watchMonitors() {
+        // In a later turn, when the desktop has settled about all of them.
+        const auto tell = [this] { m_coordinator.screensChanged(); };
+        const auto watch = [this, tell](const QScreen* screen) {
+            QObject::connect(screen, &QScreen::availableGeometryChanged, &m_coordinator, tell, Qt::QueuedConnection);
+        };
+        for (const QScreen* screen : QGuiApplication::screens())
+            watch(screen);
+        QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &m_coordinator, watch);
+        QObject::connect(qGuiApp, &QGuiApplication::screenAdded, &m_coordinator, tell, Qt::QueuedConnection);
+        QObject::connect(qGuiApp, &QGuiApplication::screenRemoved, &m_coordinator, tell, Qt::QueuedConnection);
+    }
+
     WindowCoordinator::Parts coordinatorParts(AppModel& model, const Platform& platform, Scheduler& scheduler,
                                               Executor& mainQueue) {
         const PointerEffectsMonitor& effects = *model.pointerEffectsMonitor();

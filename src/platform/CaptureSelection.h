@@ -37,4 +37,11 @@ struct WindowSelection {
 /// What a recording shows.
 using CaptureSelection = std::variant<DisplaySelection, RegionSelection, WindowSelection>;
 
+/// How that was selected.
+inline CaptureMode modeOf(const CaptureSelection& selection) {
+    if (std::holds_alternative<DisplaySelection>(selection))
+        return CaptureMode::display;
+    return std::holds_alternative<RegionSelection>(selection) ? CaptureMode::region : CaptureMode::window;
+}
+
 } // namespace keldra

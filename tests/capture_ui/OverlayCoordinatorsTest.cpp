@@ -137,13 +137,16 @@ TEST_F(Selecting, WaitsForWindowsToPaintThemselvesWhereThePictureOfTheScreenIsTa
     EXPECT_TRUE(overlays.isAnyShown());
 }
 
-TEST_F(Selecting, EndsWithItsCoordinator) {
-    Answer& answer = begin(coordinator->selectRegion());
+TEST_F(Selecting, IsCancelledWithItsCoordinator) {
+    Answer& finishing = begin(coordinator->selectRegion());
     drag({100, 100}, {300, 300});
+    Answer& waiting = begin(coordinator->selectRegion());
     coordinator.reset();
+    EXPECT_FALSE(waiting) << "in a later turn, when whoever else goes has gone";
     time.settle();
     EXPECT_FALSE(overlays.isAnyShown());
-    EXPECT_FALSE(answer);
+    EXPECT_EQ(finishing, cancelled);
+    EXPECT_EQ(waiting, cancelled);
 }
 
 TEST_F(Selecting, DimsAllButTheRegionAndRepaintsNoMoreThanItMust) {
@@ -344,7 +347,7 @@ class Preview : public OverlayCoordinators {
 protected:
     void show(const CaptureSelection& selection) {
         coordinator.show(
-            selection, [this](QRectF region) { changes.append(region); }, [this] { ++cancels; });
+            selection, [this](QRectF changed) { changes.append(changed); }, [this] { ++cancels; });
     }
     OverlayView& view() { return *overlays.last().view; }
     void drag(QPointF from, QPointF to) {

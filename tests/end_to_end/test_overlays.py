@@ -181,6 +181,13 @@ class RegionTest(OverlayTest):
             self.assertEqual(second.said(), {"cancelled": True})
 
 
+    def test_another_layout_of_monitors_ends_it(self):
+        for words in (("region",), ("display",)):
+            with Overlay(*words) as overlay:
+                with Monitors(*self.layouts["beside"]):
+                    self.assertEqual(overlay.said(), {"cancelled": True})
+
+
 class PickTest(OverlayTest):
     def test_a_window_with_its_frame(self):
         with Scene("--managed", "--geometry", "640x400+300+200", "--still", "--title", "Picked") as scene:
@@ -309,6 +316,15 @@ class EffectsTest(OverlayTest):
                     before = edge
                 xdotool("click", 1)
                 until(lambda: scene.clicks, "click on the window below")
+
+    def test_it_goes_on_when_monitors_come_and_go(self):
+        with Overlay("effects", "highlight", factor=1.5):
+            for edge in (760, 480):
+                with Monitors(*self.layouts["beside"]):
+                    xdotool("mousemove", 1200, edge)
+                    until(lambda: self.is_yellow(screen(1200 + 33, edge, 1, 1)), "highlight on two monitors")
+                xdotool("mousemove", 500, edge)
+                until(lambda: self.is_yellow(screen(500 + 33, edge, 1, 1)), "highlight on one monitor")
 
     @staticmethod
     def is_yellow(picture):
