@@ -67,7 +67,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Row{"slidesIntoTheUpperRightCorner", move, {2000, 2000}, {700, 650, 300, 150}},
                     Row{"resizedOverTheEdgeMoves", bottomLeft, {-400, -300}, {-200, 0, 700, 450}},
                     Row{"resizedOverTheUpperEdgeMoves", topRight, {700, 500}, {0, 150, 1000, 650}}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST(PreviewDrags, WhatIsLargerThanTheDesktopKeepsItsFarEdgeOnIt) {
     EXPECT_EQ(draggedPreview(move, {0, 0, 900, 100}, {50, 0}, {0, 0, 800, 600}), QRectF(-100, 0, 900, 100));

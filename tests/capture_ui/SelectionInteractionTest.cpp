@@ -96,7 +96,7 @@ INSTANTIATE_TEST_SUITE_P(
         Drag{"backwards", {300, 400}, {100, 250}, RegionSelection{1, {100, 250, 200, 150}}},
         Drag{"acrossScreensMostlyOnTheSecond", {900, 150}, {1500, 450}, RegionSelection{7, {900, 150, 600, 300}}},
         Drag{"middleInTheGap", {905, 150}, {1105, 450}, {}}, Drag{"middleBelowTheSecond", {1100, 0}, {1300, 120}, {}}),
-    [](const auto& info) { return std::string(info.param.name); });
+    [](const auto& row) { return std::string(row.param.name); });
 
 TEST(RegionSelecting, AReleaseOfAnEarlierPressIsNone) {
     SelectionInteraction interaction(CaptureMode::region, {desk, {}}, 0);

@@ -71,7 +71,7 @@ class RecorderUITest(TestCase):
 
     def test_a_display_is_recorded_without_our_windows(self):
         # A ground of one colour, but for what the scene tells at its upper left, and its lower half.
-        with Scene("--still", "--geometry", "1920x1080+0+0"):
+        with Scene("--managed", "--still", "--geometry", "1920x1080+0+0"):
             x, y, _, _ = shown("KELDRA")
             drag((x + 300, y + 3), (1200, 303))
             until(lambda: abs(window("KELDRA")[1] - 300) < 20, "control panel where it was dragged")

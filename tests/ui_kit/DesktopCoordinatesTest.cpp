@@ -91,9 +91,9 @@ TEST_P(Coordinates, TheWholeDesktopIsAllItsPixels) {
 
 INSTANTIATE_TEST_SUITE_P(Layouts, Coordinates,
                          testing::Combine(testing::ValuesIn(layouts), testing::Values(1.0, 1.25, 1.5, 2.0)),
-                         [](const auto& info) {
-                             return std::string(std::get<0>(info.param).name) + "At" +
-                                    std::to_string(int(std::get<1>(info.param) * 100));
+                         [](const auto& row) {
+                             return std::string(std::get<0>(row.param).name) + "At" +
+                                    std::to_string(int(std::get<1>(row.param) * 100));
                          });
 
 TEST(DesktopCoordinates, BeyondAllScreensTheNearestCounts) {
