@@ -43,8 +43,7 @@ QCoro::Task<bool> end(Applications applications, RunningApplication other) {
     }
     if (!isAsked)
         applications->terminate(other);
-    const bool isGone =
-        co_await hasGone(applications, other, isAsked ? patienceWithFarewell : patienceWithTheSilent);
+    const bool isGone = co_await hasGone(applications, other, isAsked ? patienceWithFarewell : patienceWithTheSilent);
     if (!isGone) {
         logLine("[KELDRA]", "another copy does not end, and is ended");
         applications->forceTerminate(other);

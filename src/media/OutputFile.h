@@ -89,9 +89,9 @@ private:
 /// The folder that a path names its file in.
 std::string folderOf(const std::string& path);
 
-/// Has a new file written beside `path` and puts it in its place once it is whole and on the disk. When that fails, or the
-/// process ends before, `path` stands as before and the new file is gone; only where a file system knows no files without
-/// a name, a process that ends leaves `temporaryPath`.
+/// Has a new file written beside `path` and puts it in its place once it is whole and on the disk. When that fails, or
+/// the process ends before, `path` stands as before and the new file is gone; only where a file system knows no files
+/// without a name, a process that ends leaves `temporaryPath`.
 [[nodiscard]] Result<void> replaceFile(const std::string& path, const std::string& temporaryPath,
                                        const std::function<Result<void>(OutputFile&)>& write);
 

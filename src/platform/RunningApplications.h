@@ -6,8 +6,8 @@
 #include <QString>
 #include <QUrl>
 
-#include <cstdint>
 #include <chrono>
+#include <cstdint>
 #include <functional>
 
 namespace keldra {

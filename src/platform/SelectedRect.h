@@ -8,8 +8,8 @@
 
 namespace keldra {
 
-/// Where what is selected is now, desktop points: a window that is gone is where it was picked, and nothing is known of a
-/// display that is gone.
+/// Where what is selected is now, desktop points: a window that is gone is where it was picked, and nothing is known of
+/// a display that is gone.
 inline std::optional<QRectF> selectedRect(const CaptureSelection& selection, const QList<Screen>& screens,
                                           const WindowList& windows) {
     if (const auto* display = std::get_if<DisplaySelection>(&selection)) {

@@ -28,8 +28,8 @@ struct PanelConfiguration {
     bool mayBeRecorded = false;
 };
 
-/// A frameless window that floats above all others, on every desktop and off the taskbar, and shows one view. A view may
-/// name an `outline` (parts as in shapeParts()), beside which clicks go through; without a compositing manager the
+/// A frameless window that floats above all others, on every desktop and off the taskbar, and shows one view. A view
+/// may name an `outline` (parts as in shapeParts()), beside which clicks go through; without a compositing manager the
 /// window is cut to it, or to a rounded rectangle.
 ///
 /// On a desktop whose recordings see every window a panel that must not be seen stays off the screen while its sharing

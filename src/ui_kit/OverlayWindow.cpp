@@ -120,7 +120,8 @@ void OverlayWindow::sendBelowPanels() {
     placeInRoot(*this, rootRect());
 }
 
-/// A window manager takes one that fills a monitor exactly for a full-screen program's, and may keep it above all others.
+/// A window manager takes one that fills a monitor exactly for a full-screen program's, and may keep it above all
+/// others.
 QRect OverlayWindow::rootRect() const {
     const QRect rect = DesktopCoordinates::current().toRoot(m_options.frame);
     return m_options.level == OverlayOptions::Level::belowPanels ? rect.adjusted(0, 0, 1, 1) : rect;

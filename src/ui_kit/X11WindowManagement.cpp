@@ -130,8 +130,8 @@ static void setShape(QWindow& window, xcb_shape_sk_t kind, const QRegion& pixels
         rects.push_back({std::int16_t(rect.x()), std::int16_t(rect.y()), std::uint16_t(rect.width()),
                          std::uint16_t(rect.height())});
     // A QRegion's rectangles are sorted this way.
-    xcb_shape_rectangles(x, XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_YX_BANDED,
-                         xcb_window_t(window.winId()), 0, 0, std::uint32_t(rects.size()), rects.data());
+    xcb_shape_rectangles(x, XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_YX_BANDED, xcb_window_t(window.winId()), 0, 0,
+                         std::uint32_t(rects.size()), rects.data());
     xcb_flush(x);
 }
 

@@ -102,10 +102,11 @@ QDBusUnixFileDescriptor MockPortal::OpenPipeWireRemote(const QDBusObjectPath&, c
 
 QDBusObjectPath MockPortal::respond(const QVariantMap& options, uint response, const QVariantMap& results) {
     const QString sender = message().service().mid(1).replace(u'.', u'_');
-    const QString path = portalPath + QStringLiteral("/request/%1/%2")
-                                          .arg(sender, options.value(QStringLiteral("handle_token")).toString());
-    QDBusMessage signal = QDBusMessage::createSignal(path, QStringLiteral("org.freedesktop.portal.Request"),
-                                                     QStringLiteral("Response"));
+    const QString path =
+        portalPath +
+        QStringLiteral("/request/%1/%2").arg(sender, options.value(QStringLiteral("handle_token")).toString());
+    QDBusMessage signal =
+        QDBusMessage::createSignal(path, QStringLiteral("org.freedesktop.portal.Request"), QStringLiteral("Response"));
     signal.setArguments({response, results});
     m_bus.send(signal);
     return QDBusObjectPath(path);

@@ -1,12 +1,13 @@
 // A screen that is seen only by its user's leave: a portal that is a double gives a camera's node for it.
 
+#include "platform/portal/PortalDisplayCapture.h"
+
 #include "MockPortal.h"
 #include "async/MainQueue.h"
 #include "async/MainScheduler.h"
 #include "doubles/FixedDesktop.h"
 #include "pipewire/SoundSession.h"
 #include "platform/pipewire/PipeWireConnection.h"
-#include "platform/portal/PortalDisplayCapture.h"
 #include "platform/portal/ScreenCastFrame.h"
 #include "scene/SceneReader.h"
 
@@ -66,8 +67,8 @@ protected:
     MainQueue m_main{std::make_shared<MainScheduler>()};
     std::unique_ptr<ChildProcess> m_device;
     std::shared_ptr<SystemHostClock> m_clock = std::make_shared<SystemHostClock>();
-    std::shared_ptr<FixedScreens> m_screens = std::make_shared<FixedScreens>(
-        QList<Screen>{{1, "Main", QRectF(0, 0, 640, 480), QRectF(0, 0, 640, 480), 1}});
+    std::shared_ptr<FixedScreens> m_screens =
+        std::make_shared<FixedScreens>(QList<Screen>{{1, "Main", QRectF(0, 0, 640, 480), QRectF(0, 0, 640, 480), 1}});
     std::vector<ScreenFrame> m_frames;
     std::vector<std::string> m_ends;
     PortalDisplayCapture m_capture{m_clock, m_screens, m_main};
@@ -136,7 +137,8 @@ std::vector<std::uint8_t> grid(bool isRedFirst) {
         for (int x = 0; x < 4; ++x) {
             const auto red = std::uint8_t(10 * x);
             const auto green = std::uint8_t(100 * y);
-            const std::uint8_t pixel[] = {isRedFirst ? red : std::uint8_t(7), green, isRedFirst ? std::uint8_t(7) : red, 0};
+            const std::uint8_t pixel[] = {isRedFirst ? red : std::uint8_t(7), green, isRedFirst ? std::uint8_t(7) : red,
+                                          0};
             bytes.insert(bytes.end(), std::begin(pixel), std::end(pixel));
         }
     return bytes;

@@ -1,9 +1,8 @@
 #include "platform/pipewire/SoundCapture.h"
 
+#include <algorithm>
 #include <pipewire/pipewire.h>
 #include <spa/param/audio/format-utils.h>
-
-#include <algorithm>
 
 namespace keldra {
 namespace {

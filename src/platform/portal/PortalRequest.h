@@ -15,8 +15,8 @@ class PortalRequest final : public QObject {
     Q_OBJECT
 
 public:
-    /// Asks, and answers on main with what the portal gave. `arguments` without the options, which come last. Errors: the
-    /// portal is not there or refuses, in the system's words; the user said no.
+    /// Asks, and answers on main with what the portal gave. `arguments` without the options, which come last. Errors:
+    /// the portal is not there or refuses, in the system's words; the user said no.
     static void send(const QDBusConnection& bus, const QString& interface, const QString& method,
                      const QVariantList& arguments, QVariantMap options, Completion<QVariantMap> done);
 

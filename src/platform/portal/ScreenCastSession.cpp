@@ -70,8 +70,8 @@ QCoro::Task<Result<std::shared_ptr<ScreenCastSession>>> ScreenCastSession::open(
     static int count = 0;
     const QVariantMap naming{{QStringLiteral("session_handle_token"), QStringLiteral("keldra%1").arg(++count)}};
     CO_TRY_LET(const QVariantMap made, co_await awaitCompletion<QVariantMap>([&](auto done) {
-        PortalRequest::send(bus, screenCast, QStringLiteral("CreateSession"), {}, naming, std::move(done));
-    }));
+                   PortalRequest::send(bus, screenCast, QStringLiteral("CreateSession"), {}, naming, std::move(done));
+               }));
     const QString path = made.value(QStringLiteral("session_handle")).toString();
     const std::shared_ptr<ScreenCastSession> session(new ScreenCastSession(bus, path));
 
@@ -85,9 +85,10 @@ QCoro::Task<Result<std::shared_ptr<ScreenCastSession>>> ScreenCastSession::open(
     CO_TRY(co_await awaitCompletion<QVariantMap>([&](auto done) {
         PortalRequest::send(bus, screenCast, QStringLiteral("SelectSources"), {handle}, sources, std::move(done));
     }));
-    CO_TRY_LET(const QVariantMap started, co_await awaitCompletion<QVariantMap>([&](auto done) {
-        PortalRequest::send(bus, screenCast, QStringLiteral("Start"), {handle, QString()}, {}, std::move(done));
-    }));
+    CO_TRY_LET(
+        const QVariantMap started, co_await awaitCompletion<QVariantMap>([&](auto done) {
+            PortalRequest::send(bus, screenCast, QStringLiteral("Start"), {handle, QString()}, {}, std::move(done));
+        }));
     restoreToken() = started.value(QStringLiteral("restore_token")).toString();
     const auto node = firstStream(started.value(QStringLiteral("streams")));
     if (!node)

@@ -1,10 +1,9 @@
 #include "platform/portal/ScreenCastStream.h"
 
-#include <pipewire/pipewire.h>
-#include <spa/param/video/format-utils.h>
-
 #include <algorithm>
 #include <optional>
+#include <pipewire/pipewire.h>
+#include <spa/param/video/format-utils.h>
 #include <unistd.h>
 
 namespace keldra {
