@@ -69,9 +69,9 @@ void WindowCoordinator::keepControlPanelOnScreen() {
 }
 
 void WindowCoordinator::screensChanged() {
-    keepControlPanelOnScreen();
-    Panel& webcam = *m_parts.panels.webcam;
-    webcam.setOrigin(panelLayout::clampToScreen(webcam.frame(), screens()));
+    // Whole ones: what is left of a panel may be too little to be found.
+    for (Panel* panel : {m_parts.panels.control.get(), m_parts.panels.webcam.get()})
+        panel->setOrigin(panelLayout::clampToScreen(panel->frame(), screens()));
     syncCameraOverlayState();
     layoutPanels();
 }

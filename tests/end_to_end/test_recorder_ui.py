@@ -189,9 +189,9 @@ class TwoMonitorsTest(TestCase):
         super().setUp()
         for monitor in self.MONITORS:
             subprocess.run(["xrandr", "--setmonitor", *monitor], check=True)
-            self.addCleanup(subprocess.run, ["xrandr", "--delmonitor", monitor[0]])
+            self.addCleanup(subprocess.run, ["xrandr", "--delmonitor", monitor[0]], stderr=subprocess.DEVNULL)
 
-    def test_a_display_is_picked(self):
+    def test_a_display_is_picked_and_another_unplugged(self):
         with Home() as home, Agent(home) as agent:
             agent.is_found()
             press("display")
@@ -203,4 +203,10 @@ class TwoMonitorsTest(TestCase):
             path = next(home.recordings.glob("*.mov"))
             _, stream = probe(path)
             self.assertEqual((stream["width"], stream["height"]), (960, 1080))
+
+            x, y, width, _ = shown("KELDRA")
+            drag((x + 300, y + 3), (1500, 600))
+            until(lambda: window("KELDRA")[0] > 960, "control panel on the other monitor")
+            subprocess.run(["xrandr", "--delmonitor", "right"], check=True)
+            until(lambda: (place := window("KELDRA")) and place[0] + width <= 960, "control panel on the monitor that is left")
             self.assertEqual(agent.end()[0], 0)
