@@ -23,11 +23,12 @@ void wake(int) {
     errno = savedErrno;
 }
 
-/// As nohup has it: the program goes on when its terminal closes.
-bool isIgnored(int number) {
+/// As nohup has it: the program goes on when its terminal closes. Of the others nobody means it: what scripts start in the
+/// background finds Ctrl-C ignored, and is to be interrupted all the same.
+bool isToBeIgnored(int number) {
     struct sigaction present {};
     sigaction(number, nullptr, &present);
-    return present.sa_handler == SIG_IGN;
+    return number == SIGHUP && present.sa_handler == SIG_IGN;
 }
 
 void install(void (*handler)(int)) {
@@ -36,7 +37,7 @@ void install(void (*handler)(int)) {
     sigemptyset(&action.sa_mask);
     action.sa_flags = SA_RESTART;
     for (const int number : stopSignals)
-        if (!isIgnored(number))
+        if (!isToBeIgnored(number))
             sigaction(number, &action, nullptr);
 }
 

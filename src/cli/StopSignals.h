@@ -8,8 +8,8 @@ class QSocketNotifier;
 
 namespace keldra {
 
-/// Turns Ctrl-C, SIGTERM and the end of the terminal into calls on the main thread while it lives; those that were
-/// ignored before stay so. One at a time; main thread.
+/// Turns Ctrl-C, SIGTERM and the end of the terminal into calls on the main thread while it lives; the end of the
+/// terminal only where it was not ignored before. One at a time; main thread.
 class StopSignals : public QObject {
 public:
     explicit StopSignals(std::function<void()> onStop);

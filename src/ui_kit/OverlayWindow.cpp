@@ -11,6 +11,7 @@
 #include <QPainter>
 #include <QScreen>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -120,11 +121,14 @@ void OverlayWindow::sendBelowPanels() {
     placeInRoot(*this, rootRect());
 }
 
-/// A window manager takes one that fills a monitor exactly for a full-screen program's, and may keep it above all
-/// others.
+/// A window manager takes one that fills a monitor, or the whole screen, exactly for a full-screen program's, and may
+/// keep it above all others.
 QRect OverlayWindow::rootRect() const {
     const QRect rect = DesktopCoordinates::current().toRoot(m_options.frame);
-    return m_options.level == OverlayOptions::Level::belowPanels ? rect.adjusted(0, 0, 1, 1) : rect;
+    std::vector<QRect> whole = rootRectsOfMonitors();
+    whole.push_back(rectOfRoot());
+    const bool isOne = std::find(whole.begin(), whole.end(), rect) != whole.end();
+    return isOne && m_options.level == OverlayOptions::Level::belowPanels ? rect.adjusted(0, 0, 1, 1) : rect;
 }
 
 void OverlayWindow::place() {

@@ -91,6 +91,16 @@ std::vector<QRect> rootRectsOfMonitors() {
     return monitors;
 }
 
+QRect rectOfRoot() {
+    xcb_connection_t* const x = x11::connection();
+    if (x == nullptr)
+        return {};
+    // What the connection was told at its beginning may have changed.
+    const x11::Ptr<xcb_get_geometry_reply_t> whole(
+        xcb_get_geometry_reply(x, xcb_get_geometry(x, x11::root()), nullptr));
+    return whole ? QRect(0, 0, whole->width, whole->height) : QRect();
+}
+
 void showOnAllDesktops(QWindow& window) {
     if (x11::connection() != nullptr)
         new BeforeShowing(window,
@@ -147,15 +157,12 @@ QImage takeScreenshot(const QRect& rootPixels) {
     xcb_connection_t* const x = x11::connection();
     if (x == nullptr)
         return {};
-    const xcb_window_t root = x11::root();
-    // What the connection was told at its beginning may have changed.
-    const x11::Ptr<xcb_get_geometry_reply_t> whole(xcb_get_geometry_reply(x, xcb_get_geometry(x, root), nullptr));
-    const QRect inside = whole ? rootPixels & QRect(0, 0, whole->width, whole->height) : QRect();
+    const QRect inside = rootPixels & rectOfRoot();
     if (inside.isEmpty())
         return {};
     const x11::Ptr<xcb_get_image_reply_t> answer(xcb_get_image_reply(
         x,
-        xcb_get_image(x, XCB_IMAGE_FORMAT_Z_PIXMAP, root, std::int16_t(inside.x()), std::int16_t(inside.y()),
+        xcb_get_image(x, XCB_IMAGE_FORMAT_Z_PIXMAP, x11::root(), std::int16_t(inside.x()), std::int16_t(inside.y()),
                       std::uint16_t(inside.width()), std::uint16_t(inside.height()), ~0U),
         nullptr));
     const std::size_t rowBytes = std::size_t(inside.width()) * 4;

@@ -19,6 +19,8 @@ bool hasCompositingManager();
 bool hasWindowManager();
 /// All monitors, root pixels; empty elsewhere.
 std::vector<QRect> rootRectsOfMonitors();
+/// All of the root window, its own pixels; empty elsewhere.
+QRect rectOfRoot();
 
 /// From its next showing on, the window is on every virtual desktop.
 void showOnAllDesktops(QWindow& window);
