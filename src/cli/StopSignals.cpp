@@ -23,8 +23,8 @@ void wake(int) {
     errno = savedErrno;
 }
 
-/// As nohup has it: the program goes on when its terminal closes. Of the others nobody means it: what scripts start in the
-/// background finds Ctrl-C ignored, and is to be interrupted all the same.
+/// As nohup has it: the program goes on when its terminal closes. Of the others nobody means it: what scripts start in
+/// the background finds Ctrl-C ignored, and is to be interrupted all the same.
 bool isToBeIgnored(int number) {
     struct sigaction present {};
     sigaction(number, nullptr, &present);
