@@ -140,6 +140,7 @@ Result<void> OutputFile::leaveOut(bool isLeftOut) {
 
 Result<void> OutputFile::copyFrom(int source, std::int64_t sourceOffset, std::int64_t count, std::int64_t offset) {
     std::vector<char> buffer;
+    const std::int64_t begin = offset;
     while (count > 0) {
         ssize_t copied = -1;
         if (buffer.empty()) {
@@ -166,6 +167,8 @@ Result<void> OutputFile::copyFrom(int source, std::int64_t sourceOffset, std::in
         offset += copied;
         count -= copied;
     }
+    // The disk begins at once, while more is copied. Only a wish: sync() is what counts.
+    (void)::sync_file_range(m_descriptor, begin, offset - begin, SYNC_FILE_RANGE_WRITE);
     return {};
 }
 
