@@ -64,7 +64,7 @@ StopSignals::StopSignals(std::function<void()> onStop) : m_onStop(std::move(onSt
 StopSignals::~StopSignals() {
     if (m_readEnd < 0)
         return;
-    install(SIG_DFL);
+    install(SIG_IGN);
     wakeDescriptor = -1;
     delete m_notifier;
     ::close(m_readEnd);

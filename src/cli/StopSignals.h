@@ -9,7 +9,8 @@ class QSocketNotifier;
 namespace keldra {
 
 /// Turns Ctrl-C, SIGTERM and the end of the terminal into calls on the main thread while it lives; the end of the
-/// terminal only where it was not ignored before. One at a time; main thread.
+/// terminal only where it was not ignored before. After its life they do nothing: the program is on its way out, and
+/// one that comes late must not turn a good end into a bad one. One at a time; main thread.
 class StopSignals : public QObject {
 public:
     explicit StopSignals(std::function<void()> onStop);

@@ -156,6 +156,7 @@ class RecorderUITest(TestCase):
     def test_a_signal_in_mid_recording_finishes_the_file(self):
         pick_area((300, 200), (700, 500))
         start_recording()
+        self.wait(1)
         self.assertEqual(self.agent.end()[0], 0)
         self.assertEqual(len(self.files()), 1)
         self.assertTrue(plays(self.files()[0]))
