@@ -2,8 +2,6 @@
 
 #include "base/Log.h"
 
-#include <QDir>
-#include <QFileInfo>
 #include <QPainter>
 #include <QSvgRenderer>
 
@@ -30,13 +28,6 @@ QImage symbolImage(const QString& name, QSize pixels, const QColor& color) {
     painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
     painter.fillRect(image.rect(), color);
     return image;
-}
-
-QStringList symbolNames() {
-    QStringList names;
-    for (const QFileInfo& file : QDir(folder).entryInfoList({QStringLiteral("*.svg")}))
-        names.append(file.completeBaseName());
-    return names;
 }
 
 } // namespace keldra

@@ -4,15 +4,11 @@
 #include <QImage>
 #include <QSize>
 #include <QString>
-#include <QStringList>
 
 namespace keldra {
 
 /// One of the program's own symbols, drawn for exactly that size in pixels. No image for an unknown name or an empty
 /// size.
 QImage symbolImage(const QString& name, QSize pixels, const QColor& color);
-
-/// All there are.
-QStringList symbolNames();
 
 } // namespace keldra

@@ -76,18 +76,6 @@ TEST_F(AppModelRecording, CountsSecondsAndReports) {
     EXPECT_EQ(telemetrySent().size(), 3) << "and is not reported";
 }
 
-TEST_F(AppModelRecording, ASuccessLooksAtPermissionAndDisplaysAgain) {
-    makeRecording();
-    permissions->isGranted = false;
-    screens->current = {{2, "Side", QRectF(0, 0, 800, 600), {}, 1}};
-    EXPECT_EQ(model->selectedDisplayID(), 1U) << "nobody looks while recording";
-    press();
-    finish(take);
-    EXPECT_FALSE(model->hasScreenPermission());
-    EXPECT_EQ(model->displays(), (QList<CaptureDisplay>{{2, "Side", "800 x 600"}}));
-    EXPECT_EQ(model->selectedDisplayID(), 2U);
-}
-
 TEST_F(AppModelRecording, AFailureChangesNothingElse) {
     perform("camera microphone record askForScreen fail");
     EXPECT_TRUE(model->cameraEnabled());

@@ -109,15 +109,6 @@ TEST_F(Selecting, EscapeAndAChangeOfMonitorsCancelEveryMode) {
         }
 }
 
-TEST_F(Selecting, NoScreenIsNoSelection) {
-    screens->current.clear();
-    Answer& answer = begin(coordinator->selectDisplay(1));
-    EXPECT_FALSE(answer) << "never before the call returns";
-    time.settle();
-    EXPECT_EQ(answer, cancelled);
-    EXPECT_TRUE(overlays.made.empty());
-}
-
 TEST_F(Selecting, TheSecondOfTwoAtOnceWins) {
     Answer& first = begin(coordinator->selectRegion());
     Answer& second = begin(coordinator->selectDisplay(1));
@@ -147,21 +138,6 @@ TEST_F(Selecting, IsCancelledWithItsCoordinator) {
     EXPECT_FALSE(overlays.isAnyShown());
     EXPECT_EQ(finishing, cancelled);
     EXPECT_EQ(waiting, cancelled);
-}
-
-TEST_F(Selecting, DimsAllButTheRegionAndRepaintsNoMoreThanItMust) {
-    begin(coordinator->selectRegion());
-    OverlayView& view = *overlays.last().view;
-    EXPECT_EQ(pixelOf(view, desktop, {300, 300}).alpha(), dimAlpha);
-    view.mousePressed({200, 200});
-    overlays.last().repainted.clear();
-    view.mouseMoved({210, 210});
-    EXPECT_TRUE(overlays.last().repainted.isEmpty()) << "no region yet";
-    view.mouseMoved({400, 400});
-    EXPECT_EQ(pixelOf(view, desktop, {300, 300}).alpha(), 0);
-    EXPECT_EQ(pixelOf(view, desktop, {500, 300}).alpha(), dimAlpha);
-    for (const QRectF& part : overlays.last().repainted)
-        EXPECT_TRUE(QRectF(100, 100, 400, 400).contains(part));
 }
 
 TEST_F(Selecting, ShowsTheEffectsInPlaceOfTheirOwnOverlay) {
@@ -224,20 +200,6 @@ TEST_F(CursorEffects, AStillPointerCostsNothing) {
     EXPECT_TRUE(repaintedWithin(5s).isEmpty());
 }
 
-TEST_F(CursorEffects, CoversMonitorsThatCameLater) {
-    coordinator.show();
-    screens->current.append(screen(3, {1600, 0, 100, 100}));
-    overlays.last().view->desktopChanged();
-    EXPECT_EQ(overlays.made.size(), 1U) << "not within the overlay's own event";
-    time.advance(10ms);
-    EXPECT_EQ(overlays.last().options.frame, QRectF(0, 0, 1700, 800));
-    coordinator.drop();
-    EXPECT_FALSE(overlays.isAnyShown());
-    time.advance(1s);
-    coordinator.show();
-    EXPECT_TRUE(overlays.isAnyShown());
-}
-
 TEST_F(CursorEffects, WhereNothingShinesThroughOnlyLinesAreThere) {
     overlays.isTranslucent = false;
     coordinator.show();
@@ -295,12 +257,6 @@ TEST_F(Countdown, MovesOnlyWhileTheNumberChanges) {
     EXPECT_LE(repaintsWithin(600ms), 1);
     for (const QRectF& part : overlays.last().repainted)
         EXPECT_EQ(part.center(), QPointF(800, 400)) << "the middle of all screens";
-}
-
-TEST_F(Countdown, NothingToCountIsOverAtOnce) {
-    EXPECT_TRUE(begin(0));
-    EXPECT_TRUE(overlays.made.empty());
-    EXPECT_TRUE(sounds->names.isEmpty());
 }
 
 TEST_F(Countdown, GoesWithItsCoordinator) {
@@ -431,17 +387,6 @@ TEST_F(Preview, EscapeCancelsAndOtherKeysPassOn) {
     EXPECT_EQ(cancels, 1);
     coordinator.hide();
     EXPECT_FALSE(keys->press(Qt::Key_Escape));
-}
-
-TEST_F(Preview, ThePointerTellsWhatADragWouldDo) {
-    show(RegionSelection{1, region});
-    for (const auto& [point, cursor] : {std::pair(QPointF(400, 400), Qt::SizeAllCursor),
-                                        {{200, 300}, Qt::SizeBDiagCursor},
-                                        {{600, 300}, Qt::SizeFDiagCursor},
-                                        {{900, 700}, Qt::ArrowCursor}}) {
-        view().mouseMoved(point);
-        EXPECT_EQ(overlays.last().cursor, cursor) << point.x();
-    }
 }
 
 TEST_F(Preview, WhereNothingShinesThroughTheLabelIsAGrip) {

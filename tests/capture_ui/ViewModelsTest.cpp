@@ -83,20 +83,6 @@ TEST_F(ViewModels, WhatIsDimmedDoesNothing) {
     EXPECT_EQ(views().settings.quality(), 0);
 }
 
-TEST_F(ViewModels, TheActiveModeIsThatOfTheSelection) {
-    makeModel();
-    ControlPanelModel& control = views().control;
-    picked = RegionSelection{1, {0, 0, 100, 100}};
-    control.chooseMode(0);
-    time.settle();
-    EXPECT_EQ(control.activeMode(), 0);
-    picked.reset();
-    control.chooseMode(2);
-    time.settle();
-    EXPECT_EQ(control.activeMode(), -1) << "a display was wanted, and the region stays";
-    EXPECT_TRUE(control.isReady());
-}
-
 TEST_F(ViewModels, SettingsShowAndStore) {
     preferences.setValue(preferenceKeys::cursorHighlightSize, 200);
     makeModel();

@@ -343,16 +343,5 @@ TEST_F(WindowCoordination, WithoutAnEditorItSaysSo) {
     EXPECT_EQ(dialogs->shownFiles.first().message, "Choose a video to edit");
 }
 
-TEST_F(WindowCoordination, EffectsAreOnTheScreenWhileAnyIsOn) {
-    start();
-    EXPECT_TRUE(overlays.effects);
-    model->setShowClickIndicators(false);
-    time.settle();
-    EXPECT_FALSE(overlays.effects);
-    model->setShowCursorHighlight(true);
-    time.settle();
-    EXPECT_TRUE(overlays.effects);
-}
-
 } // namespace
 } // namespace keldra

@@ -59,14 +59,6 @@ TEST(ClipTransform, PlacesThePictureUpright) {
     }
 }
 
-TEST(ClipTransform, HidesWhatHasNoRoom) {
-    // No padding alone leaves no room: each side takes 0.4 of the smaller side at most. A picture without a size does.
-    CanvasStyle style;
-    style.paddingFraction = {0.4, 0.4, 0.4, 0.4};
-    EXPECT_TRUE(clipTransform({}, {10, 10}, {10, 10}, style).isVisible);
-    EXPECT_FALSE(clipTransform({}, {0, 10}, {10, 10}, style).isVisible);
-}
-
 TEST(LayerPlacement, TakesTransformsApart) {
     const QSize size(40, 20);
     struct Row {

@@ -142,17 +142,6 @@ TEST_F(ExporterTest, EndsWithTheWordsOfWhatWentWrong) {
     }
 }
 
-TEST_F(ExporterTest, ACancelReachesTheJob) {
-    exporter->cancel();
-    begin();
-    time.settle();
-    exporter->cancel();
-    EXPECT_TRUE(job.isCancelled);
-    EXPECT_FALSE(answer);
-    end(Status::cancelled, fail(Error{}));
-    EXPECT_EQ(message(), "Export cancelled.");
-}
-
 TEST_F(ExporterTest, ACancelDuringTheBuildEndsTheExportAndKeepsTheOldFile) {
     begin();
     exporter->cancel();
@@ -160,22 +149,6 @@ TEST_F(ExporterTest, ACancelDuringTheBuildEndsTheExportAndKeepsTheOldFile) {
     EXPECT_EQ(message(), "Export cancelled.");
     EXPECT_TRUE(job.path.empty());
     EXPECT_TRUE(QFile::exists(path));
-}
-
-TEST_F(ExporterTest, WhatCannotStartKeepsTheOldFile) {
-    isAvailable = false;
-    begin();
-    time.settle();
-    EXPECT_EQ(message(), "KELDRA could not create an MP4 exporter for this recording.");
-    project.sourceURL = QUrl::fromLocalFile("/gone.mov");
-    begin();
-    time.settle();
-    EXPECT_EQ(message(), systemError(2, "/gone.mov").message);
-    EXPECT_TRUE(QFile::exists(path));
-    EXPECT_TRUE(reports.empty());
-    EditorCompositionOutput empty;
-    empty.composition = std::make_shared<Composition>();
-    EXPECT_EQ(exportSessionJobs()(empty), nullptr) << "nothing to export";
 }
 
 TEST_F(ExporterTest, AnExporterThatGoesCancelsAndFallsSilent) {

@@ -262,15 +262,6 @@ TEST(FrameComposer, ADeepStackIsDrawnWithFewPicturesAtATime) {
     EXPECT_LE(mostAlive, 8);
 }
 
-TEST(FrameComposer, UnusualTransformsAreDrawnToo) {
-    const Sources sources{{1, flat(20, 20, red)}};
-    const PixelBuffer frame =
-        composed(over({{1, place(-10, -10) * QTransform().rotate(45) * place(30, 30), 1}}), sources, {60, 60});
-    EXPECT_EQ(pixelAt(frame, 30, 30), red);
-    EXPECT_EQ(pixelAt(frame, 30, 18), red);
-    EXPECT_EQ(pixelAt(frame, 20, 20), backdrop) << "beside the corner of the turned square";
-}
-
 /// Whatever was drawn before, a frame is what a fresh composer draws.
 TEST(FrameComposer, WhatIsKeptBetweenFramesNeverShows) {
     const unsigned seed = 4;

@@ -52,45 +52,6 @@ struct Copy {
     bool makesWay = true;
 };
 
-TEST(DBusRunningApplicationsTest, FindEachOtherByTheNameThatOneOwns) {
-    Copy first("first"), second("second");
-    EXPECT_EQ(first.others(), QList<RunningApplication>());
-    EXPECT_EQ(first.claim(), true);
-    EXPECT_EQ(first.claim(), true) << "its own already";
-    EXPECT_EQ(first.others(), QList<RunningApplication>()) << "not itself";
-    EXPECT_EQ(second.others(), (QList<RunningApplication>{{first.bus.baseService(), ::getpid(), false}}));
-    EXPECT_EQ(second.claim(), false);
-
-    Copy earlier("earlier", {identity.earlierName, "com.example.Other"});
-    EXPECT_EQ(earlier.claim(), true);
-    EXPECT_EQ(second.others().size(), 2);
-    EXPECT_TRUE(second.others().last().hasEarlierName);
-}
-
-TEST(DBusRunningApplicationsTest, AskEachOther) {
-    Copy first("first"), second("second");
-    ASSERT_EQ(first.claim(), true);
-    const RunningApplication other = second.others().value(0);
-    for (const bool makesWay : {true, false}) {
-        first.makesWay = makesWay;
-        Answer<Result<bool>> answer;
-        second.applications.makeWay(other, answer.taker());
-        ASSERT_TRUE(answer.wait());
-        EXPECT_EQ(*answer.value, makesWay);
-    }
-    Answer<Result<void>> opened, picked;
-    second.applications.openFile(other, QUrl::fromLocalFile("/tmp/a b%20ü.mov"), opened.taker());
-    second.applications.openPicker(other, picked.taker());
-    ASSERT_TRUE(opened.wait() && picked.wait());
-    EXPECT_TRUE(*opened.value && *picked.value);
-    EXPECT_EQ(first.log, (QStringList{"makeWay", "makeWay", "open:/tmp/a b%20ü.mov", "pick"}));
-
-    Answer<Result<bool>> nobody;
-    second.applications.makeWay({":1.9999", 0, false}, nobody.taker());
-    ASSERT_TRUE(nobody.wait());
-    EXPECT_FALSE(*nobody.value);
-}
-
 /// What any program on the bus may send.
 TEST(DBusRunningApplicationsTest, AnswerTheDesktopAndRefuseNonsense) {
     Copy copy("first"), asking("second");

@@ -45,22 +45,5 @@ TEST(Blend, ColoursBrighterThanTheirAlphaDoNotWrap) {
     EXPECT_EQ(target[0], 255);
 }
 
-TEST(Blend, RowTools) {
-    Row row(9 * 4);
-    fillRow(row.data(), {1, 2, 3, 255}, 9);
-    EXPECT_EQ(row[32], 1);
-    EXPECT_EQ(row[34], 3);
-    EXPECT_TRUE(isOpaque(row.data(), 9));
-    EXPECT_TRUE(isOpaque(row.data(), 0));
-    row[4 * 8 + 3] = 254;
-    EXPECT_FALSE(isOpaque(row.data(), 9));
-    EXPECT_TRUE(isOpaque(row.data(), 8));
-
-    const std::uint8_t coverage[] = {0, 1, 128, 255};
-    std::uint8_t scaled[4];
-    scaleCoverage(scaled, coverage, 128, 4);
-    EXPECT_EQ((std::array<int, 4>{scaled[0], scaled[1], scaled[2], scaled[3]}), (std::array<int, 4>{0, 1, 64, 128}));
-}
-
 } // namespace
 } // namespace keldra

@@ -18,19 +18,6 @@ TEST_F(AppDelegateTest, StartsTheRecorder) {
     EXPECT_EQ(sleepInhibitor->holds, 0);
 }
 
-TEST_F(AppDelegateTest, StartsWithoutABus) {
-    hasBus = false;
-    launch();
-    EXPECT_EQ(told(), "show");
-}
-
-TEST_F(AppDelegateTest, DoesWhatItIsStartedFor) {
-    launch({QUrl("file:///a.mov"), false});
-    EXPECT_EQ(told(), "show edit:a.mov");
-    launch({{}, true});
-    EXPECT_EQ(told(), "show pick");
-}
-
 TEST_F(AppDelegateTest, LeavesTheFieldToACopyThatRecords) {
     launch({}, {{{"other", 7, false}, {"records"}}});
     EXPECT_EQ(terminations(), 1);

@@ -131,41 +131,6 @@ TEST(Asset, SaysWhyAFileIsNotAMovie) {
     EXPECT_TRUE(Asset::open(folder / "http:whole.mov"));
 }
 
-TEST(Asset, ReadsDamagedFilesWithoutHarm) {
-    const TemporaryFolder folder;
-    runFfmpeg(paintedSource(30, 1) + "-c:v libx264 -pix_fmt yuv420p -movflags faststart '" + (folder / "whole.mov") +
-              "'");
-    const std::vector<char> whole = bytesOf(folder / "whole.mov");
-    testing::internal::CaptureStderr();
-    unsigned seed = 12345;
-    int opened = 0;
-    for (int round = 0; round < 60; ++round) {
-        std::vector<char> damaged = whole;
-        for (int i = 0; i < 20; ++i) {
-            seed = seed * 1664525u + 1013904223u;
-            damaged[(seed >> 8) % damaged.size()] = char(seed >> 24);
-        }
-        if (round % 3 == 0)
-            damaged.erase(damaged.end() - std::ptrdiff_t((seed >> 8) % (damaged.size() / 2)), damaged.end());
-        writeBytes(folder / "damaged.mov", damaged);
-        const auto asset = Asset::open(folder / "damaged.mov");
-        if (!asset || (*asset)->tracks(MediaKind::video).empty())
-            continue;
-        opened += 1;
-        const auto reader = TrackReader::open(*asset, (*asset)->tracks(MediaKind::video).front().index, {});
-        MediaTime last = MediaTime(-1, 1);
-        while (reader) {
-            const auto frame = (*reader)->next();
-            if (!frame || !*frame)
-                break;
-            EXPECT_GT((**frame).time, last) << "round " << round;
-            last = (**frame).time;
-        }
-    }
-    EXPECT_GT(opened, 10);
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
-}
-
 TEST(Asset, LoadsOnOneQueueAndAnswersOnAnother) {
     const TemporaryFolder folder;
     std::promise<std::string> promise;

@@ -83,58 +83,6 @@ TEST_F(CompositionTest, PlacesPiecesThatDoNotOverlapAndFindsThemAgain) {
     EXPECT_EQ(composition.track(3), nullptr);
 }
 
-TEST_F(CompositionTest, FindsEveryFaultOfAVideoComposition) {
-    ASSERT_TRUE(composition.addTrack(MediaKind::video).insertTimeRange(span(0, 4), asset, 0, seconds(0)));
-    composition.addTrack(MediaKind::audio);
-    VideoComposition good = copying({}, seconds(4), MediaTime(1, 60));
-    good.instructions = {showing({1}, seconds(0), seconds(1.5)), showing({}, seconds(1.5), seconds(4))};
-
-    const std::string noSize = "invalid value for key 'renderSize'";
-    const std::string noRate = "invalid value for key 'frameDuration'";
-    struct Stretch {
-        std::vector<std::int32_t> tracks;
-        double start, end;
-    };
-    struct Row {
-        const char* name;
-        std::vector<Stretch> stretches;
-        std::vector<std::string> faults;
-    };
-    const Row rows[] = {
-        {"good", {{{1}, 0, 1.5}, {{}, 1.5, 4}}, {}},
-        {"nothing", {}, {"invalid instruction range 0.000000...4.000000"}},
-        {"late start", {{{1}, 0.5, 1.5}, {{}, 1.5, 4}}, {"invalid instruction range 0.500000...1.500000"}},
-        {"hole", {{{1}, 0, 1.5}, {{}, 2, 4}}, {"invalid instruction range 2.000000...4.000000"}},
-        {"overlap", {{{1}, 0, 1.5}, {{}, 1, 4}}, {"invalid instruction range 1.000000...4.000000"}},
-        {"early end", {{{1}, 0, 1.5}, {{}, 1.5, 3}}, {"invalid instruction range 3.000000...4.000000"}},
-        {"late end", {{{1}, 0, 1.5}, {{}, 1.5, 4.25}}, {"invalid instruction range 1.500000...4.250000"}},
-        {"empty stretch", {{{1}, 0, 1.5}, {{}, 1.5, 1.5}, {{}, 1.5, 4}}, {"empty range 1.500000...1.500000"}},
-        {"unknown and silent tracks",
-         {{{1}, 0, 1.5}, {{7, 1, 2}, 1.5, 4}},
-         {"invalid track ID 7 in 1.500000...4.000000", "invalid track ID 2 in 1.500000...4.000000"}},
-    };
-    for (const Row& row : rows) {
-        VideoComposition video = good;
-        video.instructions.clear();
-        for (const Stretch& each : row.stretches)
-            video.instructions.push_back(showing(each.tracks, seconds(each.start), seconds(each.end)));
-        EXPECT_EQ(findFaults(video, composition), row.faults) << row.name;
-    }
-    VideoComposition thin = good;
-    thin.renderWidth = 0;
-    EXPECT_EQ(findFaults(thin, composition), std::vector{noSize});
-    for (const MediaTime rate : {MediaTime::zero(), MediaTime::indefinite()}) {
-        VideoComposition still = good;
-        still.frameDuration = rate;
-        EXPECT_EQ(findFaults(still, composition), std::vector{noRate});
-    }
-
-    EXPECT_EQ(good.instructionAt(seconds(0)), good.instructions[0]);
-    EXPECT_EQ(good.instructionAt(seconds(1.5)), good.instructions[1]);
-    EXPECT_EQ(good.instructionAt(seconds(4)), nullptr);
-    EXPECT_EQ(good.instructionAt(seconds(-1)), nullptr);
-}
-
 TEST(FrameRequest, EndsExactlyOnce) {
     std::vector<std::string> ends;
     const auto request = [&ends] {

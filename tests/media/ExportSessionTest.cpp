@@ -190,30 +190,6 @@ TEST_F(ExportSessionTest, NeverTouchesAFileThatExists) {
     EXPECT_EQ(bytesOf(target), (std::vector<char>{'m', 'i', 'n', 'e'}));
 }
 
-TEST_F(ExportSessionTest, LeavesNothingBehindWhereverItIsCancelled) {
-    placeWhole();
-    for (const int frame : {0, 1, 20, 60}) {
-        SCOPED_TRACE(frame);
-        std::promise<void> reached;
-        std::vector<std::shared_ptr<FrameRequest>> unanswered;
-        // From the frame on nothing is answered any more: the cancel must end all waiting.
-        ExportSession session(composition, scripted([&](int number, const auto& request) {
-                                  if (number == frame)
-                                      reached.set_value();
-                                  number < frame ? request->finish(request->sourceFrame(1))
-                                                 : unanswered.push_back(request);
-                              }));
-        start(session);
-        ASSERT_EQ(reached.get_future().wait_for(60s), std::future_status::ready);
-        session.cancel();
-        const auto result = waitForEnd();
-        ASSERT_FALSE(result);
-        EXPECT_EQ(result.error().message, "Export cancelled.");
-        EXPECT_EQ(session.status(), ExportSession::Status::cancelled);
-        EXPECT_FALSE(std::filesystem::exists(target));
-    }
-}
-
 TEST_F(ExportSessionTest, EndsAtAnyMomentWithNoThreadAndNoPartLeft) {
     placeWhole();
     writeWav(folder / "clicks.wav", clicks(2, {4800}, 48000, 2));

@@ -65,21 +65,5 @@ TEST_F(PipeWireCaptureDevicesTest, TellsWhatComesAndGoes) {
     EXPECT_TRUE(waitUntil(devices, [&] { return devices.devices(camera).isEmpty(); }));
 }
 
-TEST_F(PipeWireCaptureDevicesTest, LivesWithoutItsDaemon) {
-    PipeWireCaptureDevices devices(m_main);
-    EXPECT_EQ(devices.authorization(camera), CaptureAuthorization::denied);
-    EXPECT_EQ(devices.devices(camera), Options());
-    for (int turn = 0; turn < 2; ++turn) {
-        startDaemon();
-        const auto eye = plugInCamera("eye");
-        EXPECT_TRUE(waitUntil(devices, [&] { return devices.devices(camera).size() == 1; })) << "turn " << turn;
-        EXPECT_EQ(devices.authorization(microphone), CaptureAuthorization::authorized);
-        stopDaemon();
-        EXPECT_TRUE(
-            waitUntil(devices, [&] { return devices.authorization(microphone) == CaptureAuthorization::denied; }));
-        EXPECT_EQ(devices.devices(camera), Options());
-    }
-}
-
 } // namespace
 } // namespace keldra::test

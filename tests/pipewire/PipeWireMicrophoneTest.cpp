@@ -142,21 +142,6 @@ TEST_F(PipeWireMicrophoneTest, HearsBeepsWhenTheySounded) {
     }
 }
 
-TEST_F(PipeWireMicrophoneTest, HearsTwoChannelsAtMost) {
-    startDaemon();
-    for (const auto& [given, taken] : {std::pair(1, 1), std::pair(2, 2), std::pair(4, 2)}) {
-        const auto device = plugInMicrophone("wide", {"--channels", std::to_string(given), "--signal", "sine"});
-        Ear ear(m_main);
-        const auto format = ear.start("wide");
-        ASSERT_TRUE(format) << given;
-        EXPECT_EQ(format->channelCount, taken) << given;
-        EXPECT_TRUE(ear.hear(0.3));
-        ear.stop();
-        const auto pieces = ear.pieces();
-        EXPECT_NEAR(*std::max_element(pieces.back().samples.begin(), pieces.back().samples.end()), 0.5, 0.01);
-    }
-}
-
 TEST_F(PipeWireMicrophoneTest, FallsSilentWhenUnpluggedAndIsHeardAgain) {
     startDaemon();
     const auto other = plugInMicrophone("other", {"--signal", "sine"});

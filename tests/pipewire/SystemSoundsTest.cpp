@@ -85,23 +85,5 @@ TEST_F(AudioSinkSoundsTest, ASoundLongerThanTheSinksRoomIsHeardWhole) {
     EXPECT_EQ(living, 0) << "the device is let go";
 }
 
-TEST_F(AudioSinkSoundsTest, TheNextSoundFollowsOnTheSameSinkAndEndsTheOneBefore) {
-    sounds.play("Hero");
-    time.advance(100ms);
-    sounds.play("Tink");
-    time.advance(1s);
-    EXPECT_EQ(made, 1);
-    const std::vector<float> tink = shortSound("Tink");
-    ASSERT_GT(heard.size(), tink.size());
-    EXPECT_TRUE(std::equal(tink.begin(), tink.end(), heard.end() - std::ptrdiff_t(tink.size())));
-    EXPECT_LT(heard.size(), tink.size() + AudioSink::sampleRate / 4);
-}
-
-TEST_F(AudioSinkSoundsTest, AnUnknownSoundTouchesNoDevice) {
-    sounds.play("Basso");
-    time.settle();
-    EXPECT_EQ(made, 0);
-}
-
 } // namespace
 } // namespace keldra

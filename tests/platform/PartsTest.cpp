@@ -40,15 +40,6 @@ TEST(DesktopSpace, turnsYRoundAtThePrimaryMonitor) {
     }
 }
 
-TEST(DesktopSpace, comesBackExactly) {
-    for (const double factor : {1.0, 1.1, 1.25, 1.5, 2.0, 2.75})
-        for (int edge = 0; edge < 400; edge += 7) {
-            const DesktopSpace space{factor, {37, 11, 1366, 768}};
-            const PixelRect rect{edge - 50, 3 * edge, edge + 1, 2 * edge + 1};
-            EXPECT_EQ(space.toPixels(space.toPoints(rect)), rect) << factor;
-        }
-}
-
 TEST(FrameFit, cropsRoundingAndScalesTheRest) {
     struct Case {
         const char* name;

@@ -81,24 +81,6 @@ TEST(X11ScreenStream, drawsTheCursorWhereItPoints) {
     EXPECT_TRUE(desk.hands.isComposited() || without->count() == 1) << "the pointer is no news to who does not show it";
 }
 
-TEST(X11ScreenStream, deliversOnlyWhatChanges) {
-    Desk desk;
-    desk.hands.setMonitors({{"L", {0, 0, 960, 1080}}, {"R", {960, 0, 960, 1080}}});
-    const QList<Screen> screens = desk.platform.screens->screens();
-    const auto still = desk.run(desk.display(screens[0]));
-    ASSERT_TRUE(still->waitForCount(1));
-    // Another monitor's changes are no news, and a slow source brings no more frames than it has pictures.
-    const SceneProcess scene(sceneAt(1000, 100, {"--rate", "10"}));
-    const auto moving = desk.run(desk.display(screens[1]));
-    ASSERT_TRUE(moving->waitFor([](const ScreenFrame& frame) { return bool(showsScene(frame.pixels, 40, 100)); }));
-    const std::uint32_t first = *readNumber(moving->last().pixels, scene::frameNumber, 40, 100);
-    ASSERT_TRUE(moving->waitFor(
-        [&](const ScreenFrame& frame) { return readNumber(frame.pixels, scene::frameNumber, 40, 100) >= first + 10; }));
-    const std::uint32_t last = *readNumber(moving->last().pixels, scene::frameNumber, 40, 100);
-    EXPECT_LE(moving->count(), last - first + 1 + 2);
-    EXPECT_TRUE(desk.hands.isComposited() || still->count() == 1);
-}
-
 TEST(X11ScreenStream, keepsToItsRateAndItsClock) {
     Desk desk;
     const SceneProcess scene(sceneAt(0, 0, {"--rate", "120"}));

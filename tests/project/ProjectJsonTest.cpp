@@ -166,28 +166,6 @@ TEST(ProjectJson, ReadersAreLenientWhereFilesMayDiffer) {
     EXPECT_EQ(decodeProject(doubled).value(), project);
 }
 
-TEST(ProjectJson, HostileBytesFailQuietly) {
-    const QByteArray json = encodeProject(sampleProject()).value();
-    for (int length = 0; length < json.size() - 2; length += 7)
-        EXPECT_FALSE(decodeProject(json.left(length))) << length;
-    EXPECT_FALSE(decodeProject(QByteArray(3'000'000, '[')));
-    QByteArray deep;
-    for (int level = 0; level < 300'000; ++level)
-        deep += "{\"canvas\":";
-    EXPECT_FALSE(decodeProject(deep));
-    EXPECT_FALSE(decodeProject("[]"));
-    EXPECT_FALSE(decodeProject("{\"id\":\"\xff\xfe\"}"));
-    EXPECT_FALSE(decodeProject(QByteArray("\0\0\0\0", 4)));
-
-    std::mt19937 random(7);
-    for (int round = 0; round < 2000; ++round) {
-        QByteArray damaged = json;
-        for (int change = 0; change < 4; ++change)
-            damaged[int(random() % damaged.size())] = char(random());
-        (void)decodeProject(damaged);
-    }
-}
-
 TEST(ProjectJson, WhatIsNotFiniteCannotBeWritten) {
     EditorProject project = sampleProject();
     project.segments.first().volume = std::numeric_limits<double>::infinity();

@@ -58,18 +58,6 @@ TEST_F(CameraServiceTest, GivesTheNewestPictureWhileItRuns) {
     EXPECT_FALSE(service.latestFrame()) << "a picture that was on its way";
 }
 
-TEST_F(CameraServiceTest, TheSameDeviceIsNotSetUpTwice) {
-    EXPECT_TRUE(started("first"));
-    stop();
-    EXPECT_TRUE(started("first"));
-    EXPECT_EQ(service.previewGeneration(), 2);
-    EXPECT_EQ(script->configured, std::vector<QString>{"first"});
-    EXPECT_TRUE(started("gone")) << "a device that is gone is the desktop's choice";
-    devices->cameras.defaultID.clear();
-    EXPECT_TRUE(started("gone"));
-    EXPECT_EQ(script->configured, (std::vector<QString>{"first", "second", "first"}));
-}
-
 TEST_F(CameraServiceTest, TellsWhyItCannotStart) {
     const auto check = [&](const char* words, auto&& arrange) {
         arrange();
@@ -135,19 +123,6 @@ TEST_F(CameraServiceTest, OfAStartAndAStopThatRaceTheLastDecides) {
     EXPECT_TRUE(service.isRunning());
     EXPECT_TRUE(script->isRunning);
     EXPECT_EQ(script->configured.back(), "second");
-}
-
-TEST_F(CameraServiceTest, OutlivesNoAnswer) {
-    auto passing =
-        std::make_unique<CameraService>(devices, std::make_unique<ScriptedCamera>(script), time.queue("frames"));
-    bool isAnswered = false;
-    passing->start("first").then([&](bool isRunning) {
-        isAnswered = true;
-        EXPECT_FALSE(isRunning);
-    });
-    passing.reset();
-    time.settle();
-    EXPECT_TRUE(isAnswered);
 }
 
 class MicrophoneLevelMonitorTest : public testing::Test {

@@ -118,18 +118,6 @@ TEST_F(ClickTrackTest, ALateClickSoundsAtTheNextChunk) {
     EXPECT_FLOAT_EQ(written()[1536], 0.5F) << "clicks add up";
 }
 
-TEST_F(ClickTrackTest, WaitsForTheWriterAndCatchesUp) {
-    track.enqueue(start + 1000.0 / 48000);
-    script->sounds[0].appendsLeft = 1;
-    EXPECT_TRUE(track.writeUpTo(after(5000)));
-    EXPECT_EQ(written().size(), 768u);
-    script->sounds[0].appendsLeft.reset();
-    EXPECT_TRUE(track.writeUpTo(after(5000)));
-    EXPECT_EQ(heard(), (std::vector<std::pair<int, int>>{{1000, 1999}}));
-    script->error = Error{"POSIX", 28, "full", {}};
-    EXPECT_FALSE(track.writeUpTo(after(9000)));
-}
-
 TEST(ClickTrackStart, BeforeTheFirstFrameNothingIsWrittenOrKept) {
     const auto script = std::make_shared<MovieWriterScript>();
     ScriptedMovieWriter writer(script);

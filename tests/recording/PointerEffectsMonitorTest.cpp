@@ -151,20 +151,6 @@ INSTANTIATE_TEST_SUITE_P(
                     SurfaceRow{"beside", {"panel", SharingType::none, true, 1, {102.5, 150, 50, 100}}, false}),
     [](const auto& row) { return row.param.name; });
 
-TEST_F(PointerEffectsMonitorTest, ARippleThatGetsCoveredVanishes) {
-    settings(true, false);
-    pointer->click();
-    poll();
-    pointer->place = {900, 900};
-    const auto handle = ownWindows->add({"panel", SharingType::none, true, 1, around});
-    poll();
-    EXPECT_TRUE(monitor.snapshot().clickRipples.empty());
-    EXPECT_TRUE(monitor.snapshot().cursorLocation);
-    ownWindows->remove(handle);
-    poll();
-    EXPECT_TRUE(monitor.snapshot().clickRipples.empty());
-}
-
 TEST_F(PointerEffectsMonitorTest, AStopForgetsAndTheNextStartSeesAHeldButtonAnew) {
     settings(true, false);
     pointer->held = 1;

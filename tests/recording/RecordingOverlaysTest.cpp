@@ -174,19 +174,6 @@ TEST_F(RecordingOverlays, ClicksAreATrackFromTheFirstFrameToTheEnd) {
     EXPECT_TRUE(monitor->takeCapturedClickTimes().empty());
 }
 
-TEST_F(RecordingOverlays, ARefusedClickTrackDoesNotEndARecording) {
-    request.clickSoundEnabled = true;
-    writer->refusesSound = true;
-    effects(false, true, false);
-    ASSERT_TRUE(start());
-    frame();
-    pointer->click();
-    time.advance(100ms);
-    stop();
-    ASSERT_TRUE(outputs.at(0));
-    EXPECT_TRUE(outputs[0]->hasLiveClickTrack) << "so that clicks are not mixed in afterwards either";
-}
-
 using RecordingMicrophone = RecorderFixture;
 
 AudioBuffer soundAt(MediaTime at, std::int64_t count) {

@@ -118,23 +118,6 @@ TEST_F(AptabaseTest, SendsFromTheFirstActivationOn) {
     EXPECT_EQ(world.sentNames(), (QStringList{"one", "two", "three", "last"}));
 }
 
-TEST_F(AptabaseTest, AnswersThatComeAfterItsEndHarmNobody) {
-    world.session.holds = true;
-    {
-        Aptabase shortLived = world.aptabase();
-        shortLived.initialize(world.key);
-        shortLived.trackEvent("one");
-        shortLived.flush([] { FAIL() << "its owner is gone"; });
-        world.time.settle();
-        ASSERT_EQ(world.session.requests.size(), 1u);
-        shortLived.flush([] { FAIL() << "its owner is gone"; });
-    }
-    world.session.answerFirst(noNetwork());
-    Q_EMIT world.application.didBecomeActive();
-    world.time.advance(10min);
-    EXPECT_EQ(world.session.requests.size(), 1u);
-}
-
 TEST(AnalyticsEvent, TakesNumbersTextsAndBooleansOnly) {
     const std::pair<QVariant, const char*> taken[] = {
         {std::numeric_limits<qint64>::max(), "9223372036854775807"},
