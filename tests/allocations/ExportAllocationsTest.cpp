@@ -14,8 +14,8 @@ namespace keldra {
 namespace {
 
 using namespace test;
-using testing::finish;
-using testing::SteppedClock;
+using test::finish;
+using test::SteppedClock;
 
 /// Hands requests on, and notes the count at some of them.
 class CountingCompositor final : public FrameCompositor {

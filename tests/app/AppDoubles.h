@@ -10,7 +10,7 @@
 #include <optional>
 #include <vector>
 
-namespace keldra::testing {
+namespace keldra::test {
 
 class ScriptedPermissions final : public Permissions {
 public:
@@ -94,4 +94,4 @@ private:
     OnFinish m_onFinish;
 };
 
-} // namespace keldra::testing
+} // namespace keldra::test

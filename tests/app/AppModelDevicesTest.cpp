@@ -4,7 +4,7 @@ namespace keldra {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::AppWorld;
+using test::AppWorld;
 namespace keys = preferenceKeys;
 
 class AppModelDevices : public AppWorld {};

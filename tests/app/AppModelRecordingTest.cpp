@@ -5,7 +5,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using enum RecordingState;
-using testing::AppWorld;
+using test::AppWorld;
 namespace keys = preferenceKeys;
 
 class AppModelRecording : public AppWorld {

@@ -3,7 +3,7 @@
 namespace keldra {
 namespace {
 
-using testing::AppWorld;
+using test::AppWorld;
 
 /// A story and what it leaves behind, written down in one line.
 struct Road {

@@ -16,7 +16,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 
-namespace keldra::testing {
+namespace keldra::test {
 
 /// A desktop with two screens, two cameras and two microphones, on which everything is permitted; the first test step
 /// makes it worse where it likes, and then makes the model.
@@ -244,4 +244,4 @@ private:
     }
 };
 
-} // namespace keldra::testing
+} // namespace keldra::test

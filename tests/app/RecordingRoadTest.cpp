@@ -8,7 +8,7 @@ namespace {
 
 using namespace std::chrono_literals;
 using enum RecordingState;
-using testing::AppWorld;
+using test::AppWorld;
 namespace keys = preferenceKeys;
 
 /// The model over the real recorder, whose screen and file are scripted.

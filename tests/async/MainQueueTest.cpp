@@ -3,9 +3,7 @@
 #include "async/MainScheduler.h"
 #include "base/HostClock.h"
 #include "base/SerialQueue.h"
-
-#include <QDeadlineTimer>
-#include <QEventLoop>
+#include "doubles/Waiting.h"
 
 #include <gtest/gtest.h>
 #include <optional>
@@ -16,15 +14,7 @@ namespace {
 
 using namespace std::chrono_literals;
 
-/// Runs the main loop until the condition holds, ten seconds at most.
-template <typename Condition>
-bool loopUntil(Condition condition) {
-    QEventLoop loop;
-    const QDeadlineTimer deadline(10000);
-    while (!condition() && !deadline.hasExpired())
-        loop.processEvents(QEventLoop::WaitForMoreEvents, 100);
-    return condition();
-}
+using test::runUntil;
 
 TEST(MainQueue, RunsWorkOfOtherThreadsInOrderOnTheMainThread) {
     MainQueue main(std::make_shared<MainScheduler>());
@@ -37,7 +27,7 @@ TEST(MainQueue, RunsWorkOfOtherThreadsInOrderOnTheMainThread) {
                 seen.push_back(i);
             });
     });
-    EXPECT_TRUE(loopUntil([&] { return seen.size() == 100; }));
+    EXPECT_TRUE(runUntil([&] { return seen.size() == 100; }));
     for (int i = 0; i < 100; ++i)
         EXPECT_EQ(seen[std::size_t(i)], i);
 }
@@ -47,7 +37,7 @@ TEST(MainQueue, NeverRunsWorkBeforePostReturns) {
     bool ran = false;
     main.post([&] { ran = true; });
     EXPECT_FALSE(ran);
-    EXPECT_TRUE(loopUntil([&] { return ran; }));
+    EXPECT_TRUE(runUntil([&] { return ran; }));
 }
 
 TEST(MainScheduler, KeepsExactDueTimesThatMillisecondsCannotHold) {
@@ -65,7 +55,7 @@ TEST(MainScheduler, KeepsExactDueTimesThatMillisecondsCannotHold) {
         }
     });
     // Runs that come a whole period late are left out on a busy machine, so only "never early" holds for sure.
-    EXPECT_TRUE(loopUntil([&] { return end.has_value(); }));
+    EXPECT_TRUE(runUntil([&] { return end.has_value(); }));
     EXPECT_FALSE(timer);
 }
 
@@ -77,7 +67,7 @@ TEST(MainScheduler, AfterRunsOnceAndNotAtAllWhenDropped) {
         const Timer gone = scheduler.after(1ms, [&] { ++dropped; });
     }
     const Timer kept = scheduler.after(2ms, [&] { ++ran; });
-    EXPECT_TRUE(loopUntil([&] { return ran == 1; }));
+    EXPECT_TRUE(runUntil([&] { return ran == 1; }));
     EXPECT_EQ(dropped, 0);
 }
 

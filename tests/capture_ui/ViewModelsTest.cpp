@@ -6,7 +6,7 @@ namespace keldra {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::AppWorld;
+using test::AppWorld;
 
 class ViewModels : public AppWorld {
 protected:

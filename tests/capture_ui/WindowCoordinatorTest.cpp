@@ -7,7 +7,7 @@ namespace keldra {
 namespace {
 
 using namespace std::chrono_literals;
-using namespace testing;
+using namespace test;
 
 /// An editor that says what was asked of it.
 class ScriptedEditor final : public EditorWindow {

@@ -14,8 +14,8 @@ namespace keldra {
 namespace {
 
 using CanvasBackgroundRenderer::backgroundImage;
-using testing::Pixel;
-using testing::pixelAt;
+using test::Pixel;
+using test::pixelAt;
 
 constexpr RGBAColor black{0, 0, 0, 1};
 constexpr RGBAColor white{1, 1, 1, 1};

@@ -16,11 +16,11 @@ namespace {
 
 using test::id;
 
-using testing::audioTrack;
-using testing::finish;
-using testing::SteppedClock;
-using testing::ToldAssets;
-using testing::videoTrack;
+using test::audioTrack;
+using test::finish;
+using test::SteppedClock;
+using test::ToldAssets;
+using test::videoTrack;
 
 class BuilderTest : public ::testing::Test {
 protected:

@@ -14,8 +14,8 @@ namespace keldra {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::ToldAssets;
-using testing::videoTrack;
+using test::ToldAssets;
+using test::videoTrack;
 using Status = ExportSession::Status;
 
 /// What the test sees and sets of the job that the exporter made.
@@ -68,8 +68,8 @@ protected:
     }
 
     void begin() {
-        task = testing::keep(exporter->exportProject(project, path, [this](double value) { reports.push_back(value); }),
-                             answer);
+        task = test::keep(exporter->exportProject(project, path, [this](double value) { reports.push_back(value); }),
+                          answer);
     }
     /// Ends the job as its queue would, through main.
     void end(Status status, Result<void> result) {

@@ -12,8 +12,8 @@
 namespace keldra {
 namespace {
 
-using testing::Pixel;
-using testing::pixelAt;
+using test::Pixel;
+using test::pixelAt;
 
 /// Gathers how requests end, on whatever thread they do.
 class Outcomes {
@@ -49,7 +49,7 @@ TEST(EditorVideoCompositor, AnswersInOrderWhateverTheRequest) {
     Outcomes outcomes;
     const auto pool = std::make_shared<PixelBufferPool>(PixelFormat::bgra, 4, 4, 3);
     const auto emptyPool = std::make_shared<PixelBufferPool>(PixelFormat::bgra, 4, 4, 0);
-    const TrackPictures source{{1, testing::flat(2, 2, {0, 0, 255, 255})}};
+    const TrackPictures source{{1, test::flat(2, 2, {0, 0, 255, 255})}};
     const auto instruction = plainInstruction();
     EditorVideoCompositor compositor;
     const auto start = [&](int number, std::shared_ptr<const VideoInstruction> governing, TrackPictures frames,

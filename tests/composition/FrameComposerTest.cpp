@@ -11,10 +11,10 @@
 namespace keldra {
 namespace {
 
-using testing::flat;
-using testing::paint;
-using testing::Pixel;
-using testing::pixelAt;
+using test::flat;
+using test::paint;
+using test::Pixel;
+using test::pixelAt;
 
 constexpr Pixel red{0, 0, 255, 255};
 constexpr Pixel green{0, 255, 0, 255};
@@ -267,7 +267,7 @@ TEST(FrameComposer, WhatIsKeptBetweenFramesNeverShows) {
     const unsigned seed = 4;
     std::mt19937 random(seed);
     const auto pick = [&](std::initializer_list<double> values) { return values.begin()[random() % values.size()]; };
-    const Sources all{{1, testing::noise(32, 18, 1)}, {2, testing::noise(18, 32, 2)}, {3, testing::noise(40, 40, 3)}};
+    const Sources all{{1, test::noise(32, 18, 1)}, {2, test::noise(18, 32, 2)}, {3, test::noise(40, 40, 3)}};
     const CanvasBackground backgrounds[] = {backdropColor, gradientPresets()[3].gradient,
                                             gradientPresets()[16].gradient};
     FrameComposer composer;

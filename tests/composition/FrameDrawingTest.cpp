@@ -8,7 +8,7 @@
 namespace keldra {
 namespace {
 
-using testing::noise;
+using test::noise;
 
 PixelBuffer converted(const PixelBuffer& picture, PixelFormat format) {
     PixelBuffer result = PixelBuffer::allocate(format, picture.width(), picture.height());

@@ -12,8 +12,8 @@ namespace keldra {
 namespace {
 
 using namespace test;
-using testing::finish;
-using testing::SteppedClock;
+using test::finish;
+using test::SteppedClock;
 
 /// The project's frames, with files opened at once.
 Result<std::unique_ptr<FrameGenerator>> framesOf(const EditorProject& project) {

@@ -16,8 +16,8 @@
 namespace keldra {
 namespace {
 
-using testing::paint;
-using testing::Pixel;
+using test::paint;
+using test::Pixel;
 
 /// Something like a screen: coloured panels, dark and light lines of "text", a smooth gradient.
 PixelBuffer screenLike(int width, int height, unsigned seed) {

@@ -9,7 +9,7 @@
 #include <optional>
 #include <utility>
 
-namespace keldra::testing {
+namespace keldra::test {
 
 /// A clock that every look moves on by `step` microseconds.
 class SteppedClock final : public HostClock {
@@ -40,4 +40,4 @@ T finish(QCoro::Task<T> task, PumpedExecutor& main, int* turns = nullptr) {
     return std::move(answer.value());
 }
 
-} // namespace keldra::testing
+} // namespace keldra::test

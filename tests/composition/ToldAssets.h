@@ -7,7 +7,7 @@
 
 #include <map>
 
-namespace keldra::testing {
+namespace keldra::test {
 
 inline AssetTrack videoTrack(int index, double start, double duration, Size size = {640, 360},
                              AffineTransform preferredTransform = {}) {
@@ -56,4 +56,4 @@ private:
     std::map<std::string, AssetPtr> m_assets;
 };
 
-} // namespace keldra::testing
+} // namespace keldra::test

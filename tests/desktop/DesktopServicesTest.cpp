@@ -1,5 +1,5 @@
 #include "desktop/FakeService.h"
-#include "desktop/Waiting.h"
+#include "doubles/Waiting.h"
 #include "platform/qt/DBusSleepInhibitor.h"
 #include "platform/qt/PortalPermissions.h"
 #include "platform/qt/QtWorkspace.h"

@@ -1,6 +1,6 @@
 #include "async/MainScheduler.h"
-#include "desktop/Waiting.h"
 #include "doubles/ChildProcess.h"
+#include "doubles/Waiting.h"
 #include "platform/qt/BusCall.h"
 #include "platform/qt/DBusRunningApplications.h"
 

@@ -1,7 +1,7 @@
 #include "async/MainQueue.h"
 #include "async/MainScheduler.h"
 #include "capture_ui/StatusItemController.h"
-#include "desktop/Waiting.h"
+#include "doubles/Waiting.h"
 #include "launch/QuitEvents.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtEventMonitor.h"
@@ -91,13 +91,13 @@ protected:
     /// The dialog, once it is there.
     static QFileDialog* shown() {
         QFileDialog* dialog = nullptr;
-        runUntil([&] {
+        const auto isThere = [&] {
             for (QWidget* window : QApplication::topLevelWidgets())
                 if (window->isVisible())
                     dialog = qobject_cast<QFileDialog*>(window);
             return dialog != nullptr;
-        });
-        return dialog;
+        };
+        return runUntil(isThere) ? dialog : nullptr;
     }
 
     std::shared_ptr<MainScheduler> scheduler = std::make_shared<MainScheduler>();

@@ -6,7 +6,7 @@
 
 #include <map>
 
-namespace keldra::testing {
+namespace keldra::test {
 
 /// A panel on nobody's screen.
 class ScriptedPanel final : public Panel {
@@ -196,4 +196,4 @@ private:
     std::vector<std::weak_ptr<Entry>> m_entries;
 };
 
-} // namespace keldra::testing
+} // namespace keldra::test

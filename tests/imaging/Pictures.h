@@ -5,7 +5,7 @@
 #include <array>
 #include <random>
 
-namespace keldra::testing {
+namespace keldra::test {
 
 using Pixel = std::array<int, 4>;
 
@@ -39,4 +39,4 @@ inline PixelBuffer noise(int width, int height, unsigned seed) {
     return paint(width, height, [&](int, int) { return Pixel{byte(), byte(), byte(), 255}; });
 }
 
-} // namespace keldra::testing
+} // namespace keldra::test

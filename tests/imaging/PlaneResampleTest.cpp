@@ -10,7 +10,7 @@
 namespace keldra {
 namespace {
 
-using testing::noise;
+using test::noise;
 
 /// A picture whose three planes hold the first three channels of another; chroma takes every second pixel of them.
 PixelBuffer planesOf(const PixelBuffer& pixels) {
@@ -27,9 +27,9 @@ PixelBuffer planesOf(const PixelBuffer& pixels) {
 /// A plane spread over the pixels that its samples stand for.
 PixelBuffer spread(const PixelBuffer& planes, int plane) {
     const int step = plane == 0 ? 1 : 2;
-    return testing::paint(planes.width(), planes.height(), [&](int x, int y) {
+    return test::paint(planes.width(), planes.height(), [&](int x, int y) {
         const int value = planes.row(plane, y / step)[x / step];
-        return testing::Pixel{value, value, value, 255};
+        return test::Pixel{value, value, value, 255};
     });
 }
 

@@ -9,10 +9,10 @@
 namespace keldra {
 namespace {
 
-using testing::flat;
-using testing::noise;
-using testing::paint;
-using testing::Pixel;
+using test::flat;
+using test::noise;
+using test::paint;
+using test::Pixel;
 
 std::vector<int> blues(const std::uint8_t* row, int width) {
     std::vector<int> values;

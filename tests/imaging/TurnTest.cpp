@@ -7,8 +7,8 @@
 namespace keldra {
 namespace {
 
-using testing::noise;
-using testing::pixelAt;
+using test::noise;
+using test::pixelAt;
 
 TEST(Turn, EveryPixelGoesWhereTheTransformSays) {
     const PixelBuffer source = noise(21, 13, 1);
@@ -34,13 +34,13 @@ TEST(Turn, EveryPixelGoesWhereTheTransformSays) {
 }
 
 TEST(Turn, AnyTransformIsTransparentOutside) {
-    const PixelBuffer source = testing::flat(10, 10, {10, 20, 30, 255});
+    const PixelBuffer source = test::flat(10, 10, {10, 20, 30, 255});
     const double root = 0.70710678118654752;
     const AffineTransform diagonal{root, root, -root, root, 20, 0};
     const PixelBuffer drawn = drawTransformed(source, diagonal, {10, -2, 20, 20});
-    EXPECT_EQ(pixelAt(drawn, 10, 9), (testing::Pixel{10, 20, 30, 255}));
-    EXPECT_EQ(pixelAt(drawn, 0, 0), (testing::Pixel{0, 0, 0, 0}));
-    EXPECT_EQ(pixelAt(drawn, 19, 19), (testing::Pixel{0, 0, 0, 0}));
+    EXPECT_EQ(pixelAt(drawn, 10, 9), (test::Pixel{10, 20, 30, 255}));
+    EXPECT_EQ(pixelAt(drawn, 0, 0), (test::Pixel{0, 0, 0, 0}));
+    EXPECT_EQ(pixelAt(drawn, 19, 19), (test::Pixel{0, 0, 0, 0}));
     EXPECT_FALSE(drawTransformed(source, {0, 0, 0, 0, 0, 0}, {0, 0, 5, 5}));
 }
 

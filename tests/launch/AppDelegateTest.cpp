@@ -4,7 +4,7 @@ namespace keldra {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::LaunchWorld;
+using test::LaunchWorld;
 using enum RecordingState;
 
 using AppDelegateTest = LaunchWorld;

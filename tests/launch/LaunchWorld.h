@@ -6,7 +6,7 @@
 
 #include <vector>
 
-namespace keldra::testing {
+namespace keldra::test {
 
 /// Keys that a test presses.
 class ScriptedEventMonitor final : public EventMonitor {
@@ -89,4 +89,4 @@ protected:
     std::unique_ptr<AppDelegate> delegate;
 };
 
-} // namespace keldra::testing
+} // namespace keldra::test

@@ -8,8 +8,8 @@
 namespace keldra {
 namespace {
 
-using testing::ScriptedCopy;
-using testing::ScriptedRunningApplications;
+using test::ScriptedCopy;
+using test::ScriptedRunningApplications;
 
 /// Copies that run already, what this start is for, and what came of it.
 struct CopyRow {

@@ -9,7 +9,7 @@
 #include <memory>
 #include <vector>
 
-namespace keldra::testing {
+namespace keldra::test {
 
 /// A copy of the program, and what it is known for: it "records"; it is "deaf" to what it is asked; it is "stuck" and
 /// does not end unless it is killed; it is "late", and there only when this copy claims the name.
@@ -88,4 +88,4 @@ private:
     std::vector<Timer> m_timers;
 };
 
-} // namespace keldra::testing
+} // namespace keldra::test

@@ -8,7 +8,7 @@
 #include <QImage>
 #include <QPainter>
 
-namespace keldra::testing {
+namespace keldra::test {
 
 /// The recorder's real panels over a scripted desktop, in any moment that a test can name.
 class PanelStage : public AppWorld {
@@ -154,4 +154,4 @@ private:
     };
 };
 
-} // namespace keldra::testing
+} // namespace keldra::test

@@ -17,7 +17,7 @@ int main(int argc, char** argv) {
     keldra::UiKit::chooseRenderer();
     QGuiApplication application(argc, argv);
     QGuiApplication::setQuitOnLastWindowClosed(false);
-    keldra::testing::PanelStage stage;
+    keldra::test::PanelStage stage;
     const QSizeF screen = application.primaryScreen()->geometry().size();
     stage.screens->current = {{1, "Main", QRectF(QPointF(), screen), QRectF(QPointF(), screen), 1}};
     if (argc != 2 || !stage.show(QString::fromLocal8Bit(argv[1]))) {

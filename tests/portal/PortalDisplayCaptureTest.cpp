@@ -6,13 +6,11 @@
 #include "async/MainQueue.h"
 #include "async/MainScheduler.h"
 #include "doubles/FixedDesktop.h"
+#include "doubles/Waiting.h"
 #include "pipewire/SoundSession.h"
 #include "platform/pipewire/PipeWireConnection.h"
 #include "platform/portal/ScreenCastFrame.h"
 #include "scene/SceneReader.h"
-
-#include <QCoreApplication>
-#include <QDeadlineTimer>
 
 #include <atomic>
 
@@ -23,14 +21,6 @@ constexpr PixelRect wholeDisplay{0, 0, 640, 480};
 
 class PortalDisplayCaptureTest : public SoundSession {
 protected:
-    template <typename Predicate>
-    [[nodiscard]] static bool waitFor(Predicate predicate) {
-        const QDeadlineTimer deadline(std::chrono::seconds(20));
-        while (!predicate() && !deadline.hasExpired())
-            QCoreApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 20);
-        return predicate();
-    }
-
     /// The PipeWire id of a camera that stands for the screen.
     std::uint32_t plugInScreen() {
         startDaemon();
@@ -40,7 +30,7 @@ protected:
             if (each.name == "screen")
                 node = each.id;
         }});
-        EXPECT_TRUE(waitFor([&] { return node != 0; }));
+        EXPECT_TRUE(runUntil([&] { return node != 0; }));
         return node;
     }
 
@@ -55,13 +45,13 @@ protected:
                          [this](const Error& error) { m_ends.push_back(error.message); }},
                         [&](Result<void> started) { answer = std::move(started); });
         EXPECT_FALSE(answer) << "never before the call returns";
-        EXPECT_TRUE(waitFor([&] { return answer.has_value(); }));
+        EXPECT_TRUE(runUntil([&] { return answer.has_value(); }));
         return *answer;
     }
     void stop() {
         bool isStopped = false;
         m_capture.stop([&](const Result<void>&) { isStopped = true; });
-        EXPECT_TRUE(waitFor([&] { return isStopped; }));
+        EXPECT_TRUE(runUntil([&] { return isStopped; }));
     }
 
     MainQueue m_main{std::make_shared<MainScheduler>()};
@@ -80,7 +70,7 @@ TEST_F(PortalDisplayCaptureTest, ShowsTheScreenUntilItIsStopped) {
     EXPECT_EQ(portal.dialogs, 1);
     EXPECT_EQ(portal.sources.value("types").toUInt(), 1U) << "a monitor";
     EXPECT_EQ(portal.sources.value("cursor_mode").toUInt(), 2U) << "with the pointer in it";
-    ASSERT_TRUE(waitFor([&] { return m_frames.size() >= 5; }));
+    ASSERT_TRUE(runUntil([&] { return m_frames.size() >= 5; }));
     stop();
     const std::size_t count = m_frames.size();
     std::uint32_t last = 0;
@@ -93,7 +83,7 @@ TEST_F(PortalDisplayCaptureTest, ShowsTheScreenUntilItIsStopped) {
         last = *number;
         lastTime = frame.time;
     }
-    ASSERT_TRUE(waitFor([&] { return portal.closedSessions == 1; })) << "the desktop's sign of a recording goes";
+    ASSERT_TRUE(runUntil([&] { return portal.closedSessions == 1; })) << "the desktop's sign of a recording goes";
     EXPECT_EQ(m_frames.size(), count);
     EXPECT_TRUE(m_ends.empty());
 }
@@ -113,9 +103,9 @@ TEST_F(PortalDisplayCaptureTest, TellsWhatTheDesktopOrItsUserDoes) {
     stop();
     portal.answer = 0;
     ASSERT_TRUE(start());
-    ASSERT_TRUE(waitFor([&] { return !m_frames.empty(); }));
+    ASSERT_TRUE(runUntil([&] { return !m_frames.empty(); }));
     portal.endSession();
-    ASSERT_TRUE(waitFor([&] { return !m_ends.empty(); }));
+    ASSERT_TRUE(runUntil([&] { return !m_ends.empty(); }));
     EXPECT_EQ(m_ends, std::vector<std::string>{"The desktop ended the recording of the screen."});
     stop();
 }
@@ -123,9 +113,9 @@ TEST_F(PortalDisplayCaptureTest, TellsWhatTheDesktopOrItsUserDoes) {
 TEST_F(PortalDisplayCaptureTest, AScreenThatGoesEndsItOnce) {
     MockPortal portal(plugInScreen());
     ASSERT_TRUE(start());
-    ASSERT_TRUE(waitFor([&] { return !m_frames.empty(); }));
+    ASSERT_TRUE(runUntil([&] { return !m_frames.empty(); }));
     m_device.reset();
-    ASSERT_TRUE(waitFor([&] { return !m_ends.empty(); }));
+    ASSERT_TRUE(runUntil([&] { return !m_ends.empty(); }));
     stop();
     EXPECT_EQ(m_ends.size(), 1U);
 }

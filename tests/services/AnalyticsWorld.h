@@ -8,7 +8,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
-namespace keldra::testing {
+namespace keldra::test {
 
 /// Everything that an analytics client stands on, under virtual time, with a calendar that the test turns.
 struct AnalyticsWorld {
@@ -47,4 +47,4 @@ struct AnalyticsWorld {
     }
 };
 
-} // namespace keldra::testing
+} // namespace keldra::test

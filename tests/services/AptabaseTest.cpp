@@ -6,7 +6,7 @@ namespace keldra {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::AnalyticsWorld;
+using test::AnalyticsWorld;
 
 class AptabaseTest : public ::testing::Test {
 protected:
@@ -21,10 +21,6 @@ protected:
         EXPECT_TRUE(isDone);
     }
 };
-
-Result<HttpResponse> noNetwork() {
-    return fail(Error{"QNetworkReply", 1, "Connection refused", {}});
-}
 
 TEST_F(AptabaseTest, TakesOnlyGoodKeysAndSaysSoInTheLog) {
     const auto invalid = [](const std::string& key) {

@@ -1,11 +1,9 @@
 #include "doubles/HttpServer.h"
+#include "doubles/Waiting.h"
 #include "services/AnalyticsWorld.h"
 #include "services/QtHttpSession.h"
 #include "services/Telemetry.h"
 #include "services/UpdateCheck.h"
-
-#include <QCoreApplication>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
@@ -13,7 +11,7 @@ namespace keldra {
 namespace {
 
 using namespace std::chrono_literals;
-using testing::AnalyticsWorld;
+using test::AnalyticsWorld;
 
 /// Our client against a web server, over the loopback. The network takes its own time; everything else takes the
 /// world's.
@@ -23,19 +21,12 @@ protected:
     HttpServer server;
     QtHttpSession session{world.time.scheduler()};
 
-    /// Runs the main loop until the predicate holds; false when that takes too long.
-    template <typename Predicate>
-    [[nodiscard]] bool runUntil(Predicate predicate) {
-        bool isLate = false;
-        QTimer deadline;
-        deadline.callOnTimeout([&] { isLate = true; });
-        deadline.start(20s);
-        world.time.settle();
-        while (!predicate() && !isLate) {
-            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+    /// Lets the main loop and the virtual time run until the condition holds; false when that takes too long.
+    [[nodiscard]] bool runUntil(const std::function<bool()>& condition) {
+        return test::runUntil([&] {
             world.time.settle();
-        }
-        return predicate();
+            return condition();
+        });
     }
 
     [[nodiscard]] bool isFlushed(Aptabase& client) {

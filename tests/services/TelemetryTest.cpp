@@ -7,7 +7,7 @@
 namespace keldra {
 namespace {
 
-using testing::AnalyticsWorld;
+using test::AnalyticsWorld;
 
 class TelemetryTest : public ::testing::Test {
 protected:

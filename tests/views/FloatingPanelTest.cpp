@@ -1,6 +1,7 @@
 #include "ui_kit/FloatingPanel.h"
 
-#include <QDeadlineTimer>
+#include "doubles/Waiting.h"
+
 #include <QGuiApplication>
 #include <QQuickView>
 #include <QScreen>
@@ -10,12 +11,7 @@
 namespace keldra {
 namespace {
 
-/// Whether it comes true soon.
-bool soon(const std::function<bool()>& isTrue) {
-    for (QDeadlineTimer deadline(5000); !isTrue() && !deadline.hasExpired();)
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
-    return isTrue();
-}
+using test::runUntil;
 
 /// A panel that shows one of our own views.
 PanelConfiguration configuration(const QString& identifier) {
@@ -56,7 +52,7 @@ TEST(FloatingPanel, StandsWhereItIsPutAndTellsWhenItIsMoved) {
     panel.setContentSize({200, 120});
     EXPECT_EQ(panel.frame(), QRectF(30.5, 40, 200, 120)) << "the lower left corner stays";
     panel.window().setPosition(300, 50);
-    EXPECT_TRUE(soon([&] { return panel.frame() == QRectF(300, top - 170, 200, 120); }));
+    EXPECT_TRUE(runUntil([&] { return panel.frame() == QRectF(300, top - 170, 200, 120); }));
     EXPECT_GT(moves, 0);
     panel.window().close();
     EXPECT_TRUE(panel.isVisible()) << "only its owner takes it away";

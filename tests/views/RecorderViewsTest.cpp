@@ -10,7 +10,7 @@
 namespace keldra {
 namespace {
 
-using testing::PanelStage;
+using test::PanelStage;
 
 /// Every text in a language that needs two fifths more room.
 class LongLanguage final : public QTranslator {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QEventLoop>
 #include <QTimer>
 
@@ -11,12 +12,14 @@ namespace keldra::test {
 
 inline constexpr std::chrono::seconds deadline{20};
 
-/// Lets the main loop run until the condition holds; false when it does not in time. It is looked at after every event.
-inline bool runUntil(const std::function<bool()>& condition) {
+/// Lets the main loop run until the condition holds; false when it does not in time. It is looked at after every event
+/// and, as other threads may bring it about without one, every now and then.
+[[nodiscard]] inline bool runUntil(const std::function<bool()>& condition) {
     QEventLoop loop;
-    bool isLate = false;
-    QTimer::singleShot(deadline, &loop, [&] { isLate = true; });
-    while (!condition() && !isLate)
+    QTimer look;
+    look.start(std::chrono::milliseconds(20));
+    const QDeadlineTimer end(deadline);
+    while (!condition() && !end.hasExpired())
         loop.processEvents(QEventLoop::WaitForMoreEvents);
     return condition();
 }
@@ -28,7 +31,7 @@ struct Answer {
     auto taker() {
         return [this](T answer) { value.emplace(std::move(answer)); };
     }
-    bool wait() {
+    [[nodiscard]] bool wait() {
         return runUntil([this] { return value.has_value(); });
     }
 };
