@@ -19,8 +19,11 @@ void AppModel::noteErrorMessage(const QString& message) {
 void AppModel::showNotice(AppNotice::Kind kind, const QString& message, std::optional<AppNotice::Action> action) {
     const AppNotice shown{QUuid::createUuid(), kind, message, std::move(action)};
     setNotice(shown);
-    // The timer of the notice before goes with this assignment.
-    m_noticeTimer = m_parts.scheduler.after(noticeLifetime(kind), [this, id = shown.id] {
+    m_noticeTimer.cancel();
+    const auto lifetime = noticeLifetime(shown);
+    if (!lifetime)
+        return;
+    m_noticeTimer = m_parts.scheduler.after(*lifetime, [this, id = shown.id] {
         if (notice() && notice()->id == id)
             dismissNotice();
     });

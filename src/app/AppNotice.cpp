@@ -2,8 +2,10 @@
 
 namespace keldra {
 
-Duration noticeLifetime(AppNotice::Kind kind) {
-    return std::chrono::seconds(kind == AppNotice::Kind::error ? 6 : 4);
+std::optional<Duration> noticeLifetime(const AppNotice& notice) {
+    if (notice.action && std::holds_alternative<AppNotice::RevealFile>(*notice.action))
+        return std::nullopt;
+    return std::chrono::seconds(notice.kind == AppNotice::Kind::error ? 6 : 4);
 }
 
 std::optional<AppNotice::Action> noticeAction(const QString& text) {

@@ -12,7 +12,7 @@
 
 namespace keldra {
 
-/// Something that the user is told for a few seconds, with an action that may be taken meanwhile.
+/// Something that the user is told, mostly for a few seconds, with an action that may be taken meanwhile.
 struct AppNotice {
     enum class Kind { success, error, info };
     struct RevealFile {
@@ -29,8 +29,9 @@ struct AppNotice {
     friend bool operator==(const AppNotice&, const AppNotice&) = default;
 };
 
-/// How long a notice stays.
-Duration noticeLifetime(AppNotice::Kind kind);
+/// How long a notice stays; nothing when it stays until its user has acted or another one comes: a file that is offered
+/// must not slip away from somebody who looks elsewhere.
+std::optional<Duration> noticeLifetime(const AppNotice& notice);
 
 /// The action that helps with an error of that text: the settings of the permission that it complains about.
 std::optional<AppNotice::Action> noticeAction(const QString& text);

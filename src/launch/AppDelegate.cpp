@@ -198,7 +198,8 @@ void AppDelegate::tell(QList<AppNotice> notices) {
         return;
     const AppNotice next = notices.takeFirst();
     m_model->showNotice(next.kind, next.message, next.action);
-    m_nextNotice = m_parts.scheduler.after(noticeLifetime(next.kind), [this, notices] { tell(notices); });
+    if (const auto lifetime = noticeLifetime(next))
+        m_nextNotice = m_parts.scheduler.after(*lifetime, [this, notices] { tell(notices); });
 }
 
 } // namespace keldra

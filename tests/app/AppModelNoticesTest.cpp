@@ -75,6 +75,11 @@ TEST_F(AppModelNotices, EachLivesForItsOwnTime) {
     EXPECT_NE(model->notice()->id, second);
     time.advance(5500ms);
     EXPECT_TRUE(model->notice()) << "a dismissed one takes its time with it";
+
+    model->showNotice(AppNotice::Kind::info, "e", AppNotice::RevealFile{QUrl("file:///kept.mov")});
+    time.advance(1h);
+    ASSERT_TRUE(model->notice()) << "a file is offered until somebody has seen it";
+    EXPECT_EQ(model->notice()->message, "e");
 }
 
 TEST_F(AppModelNotices, TheActionIsCarriedOutAndTheNoticeGoes) {
