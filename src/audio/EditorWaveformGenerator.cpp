@@ -13,6 +13,8 @@ namespace {
 
 /// A file shorter than this is read in one go, in seconds.
 constexpr double worthHalving = 60;
+/// More than any file lasts, so that it can be counted in samples, in seconds.
+constexpr double longestDuration = 1e12;
 /// What is read on both sides of a stretch for the resampler's sake, in seconds.
 constexpr double margin = 0.25;
 
@@ -101,8 +103,9 @@ Result<EditorWaveform> EditorWaveformGenerator::generateNow(const std::string& p
     if (asset->tracks(MediaKind::audio).empty() || !(duration > 0))
         return EditorWaveform::empty();
     const int count = std::max(1, bucketCount.value_or(bucketsFor(duration)));
-    const std::int64_t middle =
-        duration < worthHalving ? WaveformPeaks::Stretch().end : std::int64_t(duration / 2) * WaveformPeaks::sampleRate;
+    const std::int64_t middle = duration < worthHalving
+                                    ? WaveformPeaks::Stretch().end
+                                    : std::int64_t(std::min(duration / 2, longestDuration)) * WaveformPeaks::sampleRate;
     WaveformPeaks peaks(count, duration, {0, middle});
     WaveformPeaks laterPeaks(count, duration, {middle, WaveformPeaks::Stretch().end});
     Result<void> laterRead;

@@ -48,11 +48,14 @@ Result<void> MonoSum::finish(std::size_t track) {
 }
 
 void MonoSum::append(Lane& lane, std::vector<std::int16_t> samples) {
+    // A track without sound has reached nothing yet.
+    if (samples.empty())
+        return;
     const std::int64_t position = lane.reached;
     lane.reached += std::int64_t(samples.size());
     if (m_lanes.size() == 1) {
         m_peaks.add(position, samples.data(), std::int64_t(samples.size()));
-    } else if (!samples.empty()) {
+    } else {
         lane.pieces.push_back({position, std::move(samples)});
         sumUp();
     }

@@ -52,6 +52,10 @@ constexpr int dimAlpha = 133;
 
 class Selecting : public OverlayCoordinators {
 protected:
+    ~Selecting() override {
+        coordinator.reset();
+        time.settle();
+    }
     Answer& begin(QCoro::Task<std::optional<CaptureSelection>> task) {
         const auto answer = std::make_shared<Answer>();
         answers.push_back(answer);
@@ -220,6 +224,7 @@ public:
 
 class Countdown : public OverlayCoordinators {
 protected:
+    ~Countdown() override { time.advance(5s); }
     bool& begin(int seconds) {
         coordinator->run(seconds).then([this] { isDone = true; });
         return isDone;

@@ -80,7 +80,8 @@ class AgentTest(AgentTestCase):
     @unittest.skipUnless(can_trace(), "this machine allows no tracing")
     def test_it_opens_no_internet_socket_without_consent(self):
         with tempfile.NamedTemporaryFile("r") as trace:
-            watched = self.start(watcher=("strace", "-f", "-qq", "-e", "trace=socket,connect", "-o", trace.name))
+            watched = self.start(watcher=("strace", "-f", "-qq", "-e", "trace=socket,connect", "-o", trace.name),
+                                 environment={"ASAN_OPTIONS": "detect_leaks=0"})
             until(owner, "agent")
             self.start().is_found()
             self.assertEqual(watched.ended()[0], 0)
