@@ -24,6 +24,8 @@ QCoro::Task<> AppModel::startRecording() {
 }
 
 QCoro::Task<> AppModel::askOrBegin() {
+    if (!currentSelection() && recordsDisplaysOnly())
+        selectDisplay();
     if (!currentSelection()) {
         setIsSettingsPresented(false);
         setIsSelectionRequiredPresented(true);
@@ -53,7 +55,10 @@ QCoro::Task<> AppModel::requestScreenPermission() {
     if (isGranted)
         setRecordingState(RecordingState::idle);
     else
-        fail(QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Screen recording access was not granted")));
+        fail(recordsDisplaysOnly()
+                 ? QStringLiteral(QT_TRANSLATE_NOOP(
+                       "Messages", "This desktop lets no program record the screen: it has no portal for it."))
+                 : QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Screen recording access was not granted")));
 }
 
 QCoro::Task<> AppModel::beginRecording() {
