@@ -203,8 +203,8 @@ void AppModel::confirmQuit() {
 }
 
 void AppModel::quitWithoutAsking() {
-    // During a countdown there is nothing to be lost until the recorder is asked to start.
-    if (m_recordingID.isNull()) {
+    // During a countdown there is nothing to be lost until the recorder is asked to start, nor while the desktop asks.
+    if (m_recordingID.isNull() || m_parts.recorder.isAskingUser()) {
         m_parts.application.terminate();
         return;
     }

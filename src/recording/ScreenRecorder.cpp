@@ -119,13 +119,15 @@ QCoro::Task<Result<void>> ScreenRecorder::startDisplayCapture(RecordingRequest r
     std::shared_ptr<DisplayCapture> capture;
     if (m_platform.pickDisplay) {
         configuration.minimumFrameInterval = frameInterval(request);
-        CO_TRY_LET(const PickedDisplay picked, co_await awaitCompletion<PickedDisplay>([&](auto done) {
-                       m_platform.pickDisplay(configuration, std::move(done));
-                   }));
+        m_isAskingUser = true;
+        const Result<PickedDisplay> picked = co_await awaitCompletion<PickedDisplay>(
+            [&](auto done) { m_platform.pickDisplay(configuration, std::move(done)); });
         if (alive.expired())
             co_return fail(makeError(ScreenRecorderError::couldNotPrepareStream));
-        capture = picked.capture;
-        configuration.crop = picked.whole;
+        m_isAskingUser = false;
+        CO_TRY(picked);
+        capture = picked->capture;
+        configuration.crop = picked->whole;
     } else {
         CO_TRY_LET(configuration, planDisplayCapture(m_platform.screens->screens(), request.selection));
         configuration.minimumFrameInterval = frameInterval(request);
