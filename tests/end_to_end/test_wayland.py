@@ -47,7 +47,8 @@ def shown(title):
 
 def screen(x, y, width, height):
     """What is on that part of the display."""
-    said = subprocess.run(["grim", "-t", "ppm", "-g", f"{x},{y} {width}x{height}", "-"], check=True, stdout=subprocess.PIPE).stdout
+    said = subprocess.run(["grim", "-t", "ppm", "-g", f"{x},{y} {width}x{height}", "-"], check=True,
+                          stdout=subprocess.PIPE).stdout
     return numpy.frombuffer(said[-width * height * 3:], numpy.uint8).reshape(height, width, 3)
 
 
@@ -64,7 +65,7 @@ def has_notice():
 
 
 class Portal:
-    """The desktop's part in recordings, as it came up or, with a `chooser`, anew with a dialog that does as this program does."""
+    """The desktop's part in recordings, started anew with a dialog that does as it is told."""
 
     @staticmethod
     def process():
@@ -74,7 +75,9 @@ class Portal:
 
     @classmethod
     def kill(cls):
-        os.kill(cls.process(), signal.SIGKILL)
+        """The one that is there, if any."""
+        if process := cls.process():
+            os.kill(process, signal.SIGKILL)
         until(lambda: not cls.process(), "end of the portal")
 
     def __init__(self, chooser):
@@ -97,12 +100,15 @@ class Portal:
 
 AGREES = "chooser_type=none\noutput_name=HEADLESS-1\n"
 REFUSES = "chooser_type=simple\nchooser_cmd=false\n"
+ASKS = "chooser_type=simple\nchooser_cmd=touch %s; exec sleep 60\n"
 
 
 class WaylandTest(TestCase):
     def setUp(self):
         super().setUp()
         self.home = self.enterContext(Home())
+        if not Portal.process():
+            self.enterContext(Portal(AGREES))
         # A factor for which Qt 6.4 knows no true size.
         sway("output", "HEADLESS-1", "scale", "1.5")
         paint(GROUND)
@@ -155,7 +161,8 @@ class WaylandTest(TestCase):
         self.assertRising(stamps(self.file))
         seen = [tuple(picture[0, 0].astype(int)) for picture in pictures(self.file, (2, 2, 2, 2))]
         for colour in colours:
-            self.assertTrue(any(max(abs(a - b) for a, b in zip(colour, each)) <= 3 for each in seen), f"{colour} in {set(seen)}")
+            self.assertTrue(any(max(abs(a - b) for a, b in zip(colour, each)) <= 3 for each in seen),
+                            f"{colour} in {set(seen)}")
         status, _, err = self.agent.end()
         self.assertEqual((status, err), (0, ""))
 
@@ -172,6 +179,14 @@ class WaylandTest(TestCase):
         shown("countdown")
         shown("KELDRA")
         until(has_notice, "notice of the failure")
+
+    def test_it_ends_while_the_desktop_asks(self):
+        Portal.kill()
+        asks = self.folder / "asks"
+        with Portal(ASKS % asks):
+            self.press("record")
+            until(asks.exists, "dialog")
+            self.assertEqual(self.agent.end(), (0, "", ""))
 
     def test_what_the_portal_does_is_told_and_what_was_recorded_is_kept(self):
         Portal.kill()

@@ -1,4 +1,4 @@
-"""A mouse for a Wayland desktop that allows virtual ones (wlroots' protocol for them), spoken to without any library."""
+"""A mouse for a Wayland desktop that allows virtual ones (wlroots' protocol for them), without any library."""
 import os
 import socket
 import struct
