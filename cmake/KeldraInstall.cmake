@@ -44,6 +44,6 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 # What is loaded by name when the program runs: QML modules, the drawing of SVG icons, X11 windows.
 file(STRINGS ${CMAKE_SOURCE_DIR}/scripts/packages-run loadedByName REGEX "^[^#]")
 list(JOIN loadedByName ", " CPACK_DEBIAN_PACKAGE_DEPENDS)
-set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "pipewire, wireplumber")
-set(CPACK_DEBIAN_PACKAGE_SUGGESTS "qt6-wayland")
+# On Wayland windows come by the second last, and the screen by the last.
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "pipewire, wireplumber, qt6-wayland, xdg-desktop-portal")
 include(CPack)

@@ -89,6 +89,10 @@
         <source>Settings</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>This desktop lets programs record whole displays only</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>DevicePicker</name>
@@ -181,6 +185,14 @@
     </message>
     <message>
         <source>There is too little free space on the output folder&apos;s disk to record.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This desktop lets programs record whole displays only.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This desktop lets no program record the screen: it has no portal for it.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -444,7 +456,7 @@
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>On Wayland your desktop asks which display is recorded. Windows cannot be picked there, and cursor effects are not drawn.</source>
+        <source>On Wayland your desktop asks which display is recorded. Areas and windows cannot be picked there, and cursor effects are not drawn.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

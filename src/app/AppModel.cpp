@@ -90,6 +90,13 @@ QCoro::Task<> AppModel::selectCaptureMode(CaptureMode mode) {
         setErrorMessage({});
         co_return;
     }
+    if (recordsDisplaysOnly() && mode != CaptureMode::display) {
+        showNotice(
+            AppNotice::Kind::info,
+            QStringLiteral(QT_TRANSLATE_NOOP("Messages", "This desktop lets programs record whole displays only.")),
+            std::nullopt);
+        co_return;
+    }
     setCaptureMode(mode);
     co_await chooseCaptureSelection(true);
 }
@@ -97,6 +104,11 @@ QCoro::Task<> AppModel::selectCaptureMode(CaptureMode mode) {
 QCoro::Task<bool> AppModel::chooseCaptureSelection(bool force) {
     if (!force && currentSelection())
         co_return true;
+    if (recordsDisplaysOnly()) {
+        selectDisplay();
+        setErrorMessage({});
+        co_return true;
+    }
     // The windows may be replaced while the user picks.
     const auto request = m_windows.requestCaptureSelection;
     if (!request) {
@@ -115,6 +127,15 @@ QCoro::Task<bool> AppModel::chooseCaptureSelection(bool force) {
     }
     setErrorMessage({});
     co_return selection.has_value();
+}
+
+/// Which one that is, the desktop asks later.
+void AppModel::selectDisplay() {
+    const QList<CaptureDisplay> known = displays();
+    const auto found = std::find_if(known.begin(), known.end(),
+                                    [this](const CaptureDisplay& each) { return each.id == selectedDisplayID(); });
+    setCaptureMode(CaptureMode::display);
+    setCurrentSelection(DisplaySelection{selectedDisplayID(), found != known.end() ? found->name : QString()});
 }
 
 void AppModel::updateRegionSelection(const QRectF& rect) {

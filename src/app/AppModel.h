@@ -71,6 +71,8 @@ public:
     const std::shared_ptr<CameraOverlayState>& cameraOverlayState() const { return m_cameraOverlayState; }
 
     bool canChangeSettings() const;
+    /// Whether recordings show displays only, because the desktop lets nobody pick anything else.
+    bool recordsDisplaysOnly() const { return bool(m_parts.platform.pickDisplay); }
     /// Points, without the frame of the camera panel.
     int cameraPreviewHeight() const;
 
@@ -93,7 +95,8 @@ public:
 
     // Selection.
 
-    /// Choosing the active mode again clears the selection.
+    /// Choosing the active mode again clears the selection. Where the desktop picks, a display is the only one; the
+    /// others are refused with a notice.
     QCoro::Task<> selectCaptureMode(CaptureMode mode);
     /// Whether a selection stands now. Unless forced, one that stands is enough.
     QCoro::Task<bool> chooseCaptureSelection(bool force);
@@ -146,6 +149,7 @@ private:
     QCoro::Task<> askOrBegin();
     QCoro::Task<> beginRecording();
     QCoro::Task<> runRecorder(CaptureSelection selection);
+    void selectDisplay();
     QCoro::Task<bool> requestAudioPermissionIfNeeded(bool force);
     void startElapsedTimer();
     void handleRecordingResult(const Result<RecordingOutput>& result);

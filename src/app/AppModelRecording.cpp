@@ -24,6 +24,8 @@ QCoro::Task<> AppModel::startRecording() {
 }
 
 QCoro::Task<> AppModel::askOrBegin() {
+    if (!currentSelection() && recordsDisplaysOnly())
+        selectDisplay();
     if (!currentSelection()) {
         setIsSettingsPresented(false);
         setIsSelectionRequiredPresented(true);
@@ -53,7 +55,10 @@ QCoro::Task<> AppModel::requestScreenPermission() {
     if (isGranted)
         setRecordingState(RecordingState::idle);
     else
-        fail(QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Screen recording access was not granted")));
+        fail(recordsDisplaysOnly()
+                 ? QStringLiteral(QT_TRANSLATE_NOOP(
+                       "Messages", "This desktop lets no program record the screen: it has no portal for it."))
+                 : QStringLiteral(QT_TRANSLATE_NOOP("Messages", "Screen recording access was not granted")));
 }
 
 QCoro::Task<> AppModel::beginRecording() {
@@ -198,8 +203,8 @@ void AppModel::confirmQuit() {
 }
 
 void AppModel::quitWithoutAsking() {
-    // During a countdown there is nothing to be lost until the recorder is asked to start.
-    if (m_recordingID.isNull()) {
+    // During a countdown there is nothing to be lost until the recorder is asked to start, nor while the desktop asks.
+    if (m_recordingID.isNull() || m_parts.recorder.isAskingUser()) {
         m_parts.application.terminate();
         return;
     }

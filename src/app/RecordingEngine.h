@@ -16,6 +16,8 @@ public:
     virtual void stop() = 0;
     /// False when the recording has no microphone to switch.
     virtual bool setMicrophoneEnabled(bool isEnabled) = 0;
+    /// The desktop still asks its user what to record: of this start there is nothing yet that could be lost.
+    virtual bool isAskingUser() const { return false; }
 };
 
 /// The real one.
@@ -29,6 +31,7 @@ public:
     }
     void stop() override { m_recorder.stopRecording(); }
     bool setMicrophoneEnabled(bool isEnabled) override { return m_recorder.setMicrophoneEnabled(isEnabled); }
+    bool isAskingUser() const override { return m_recorder.isAskingUser(); }
 
 private:
     ScreenRecorder& m_recorder;

@@ -33,7 +33,7 @@ bool ControlPanelModel::isRecordEnabled() const {
 }
 
 bool ControlPanelModel::isReady() const {
-    return m_model.canChangeSettings() && m_model.currentSelection();
+    return m_model.canChangeSettings() && (m_model.currentSelection() || m_model.recordsDisplaysOnly());
 }
 
 bool ControlPanelModel::areModesLive() const {

@@ -78,11 +78,12 @@ CountdownLook countdownLook(double secondsSinceTick) {
 }
 
 void CountdownView::open(Overlays& overlays, const QRectF& frame) {
-    m_frame = frame;
+    const QPointF centre = frame.center();
+    m_frame = overlays.canCover() ? frame : QRectF(centre.x() - reach, centre.y() - reach, 2 * reach, 2 * reach);
     m_isTranslucent = overlays.areTranslucent();
     OverlayOptions options;
     options.identifier = QStringLiteral("countdown");
-    options.frame = frame;
+    options.frame = m_frame;
     options.letsClicksThrough = true;
     m_overlay = overlays.make(options, *this);
     m_overlay->orderFront();

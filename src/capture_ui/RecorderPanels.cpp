@@ -93,8 +93,17 @@ RecorderPanels makeRecorderPanels(RecorderViewModels& models, UiKit& kit) {
     const auto make = [&](const char* identifier) {
         return std::make_unique<FloatingPanel>(panelConfiguration(QLatin1String(identifier), models), kit);
     };
-    return {make("control-panel"),      make("webcam-panel"), make(settingsPanelIdentifier), make("close-confirmation"),
-            make("selection-required"), make("notice"),       make("recording-timer"),       make("post-recording")};
+    auto control = make("control-panel");
+    const auto makeCompanion = [&](const char* identifier) {
+        auto panel = make(identifier);
+        panel->stayWith(*control);
+        return panel;
+    };
+    auto notice = makeCompanion("notice");
+    auto recordingTimer = makeCompanion("recording-timer");
+    auto postRecording = makeCompanion("post-recording");
+    return {std::move(control),         make("webcam-panel"), make(settingsPanelIdentifier), make("close-confirmation"),
+            make("selection-required"), std::move(notice),    std::move(recordingTimer),     std::move(postRecording)};
 }
 
 } // namespace keldra

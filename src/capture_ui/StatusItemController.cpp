@@ -1,6 +1,7 @@
 #include "capture_ui/StatusItemController.h"
 
 #include "capture_ui/TrayMark.h"
+#include "ui_kit/WindowPlacement.h"
 
 #include <QCursor>
 #include <QMenu>
@@ -20,7 +21,9 @@ StatusItemController::StatusItemController(Closures closures)
         if (reason == QSystemTrayIcon::Trigger)
             m_menu->popup(QCursor::pos());
     });
-    m_item->show();
+    // Without a tray Qt has nothing for Wayland but what it has for X11; it complains, and does not look again.
+    if (canPlaceWindows() || QSystemTrayIcon::isSystemTrayAvailable())
+        m_item->show();
 }
 
 StatusItemController::~StatusItemController() = default;

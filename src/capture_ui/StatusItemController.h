@@ -12,7 +12,7 @@ class QSystemTrayIcon;
 namespace keldra {
 
 /// The program's mark in the desktop's tray, with a menu; it knows of nothing else. A desktop without a tray shows
-/// nothing, and when a tray comes later the mark is in it. Main thread, with a QApplication.
+/// nothing, and when a tray comes later the mark is in it, except on Wayland. Main thread, with a QApplication.
 class StatusItemController : public QObject {
     Q_OBJECT
 

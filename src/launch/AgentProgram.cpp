@@ -67,8 +67,8 @@ QStringList limitations() {
     if (!isWaylandSession())
         return {};
     return {
-        AppDelegate::tr("On Wayland your desktop asks which display is recorded. Windows cannot be picked there, and "
-                        "cursor effects are not drawn.")};
+        AppDelegate::tr("On Wayland your desktop asks which display is recorded. Areas and windows cannot be picked "
+                        "there, and cursor effects are not drawn.")};
 }
 
 /// Everything of the agent, in the order in which it is made; it goes in the reverse one.

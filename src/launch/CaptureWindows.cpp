@@ -15,6 +15,21 @@
 namespace keldra {
 namespace {
 
+/// Of desktops that show no window of ours over others: the selection is not drawn on the screen.
+class NoSelectionPreview final : public SelectionPreviewCoordinator {
+public:
+    void show(const CaptureSelection&, std::function<void(QRectF)>, std::function<void()>) override {}
+    void hide() override {}
+};
+
+/// Of desktops that do not tell where the pointer is either.
+class NoCursorEffectsOverlay final : public CursorEffectsOverlayCoordinator {
+public:
+    void show() override {}
+    void drop() override {}
+    void setPaused(bool) override {}
+};
+
 /// Everything that stands on the screen, in the order in which it is made.
 class CaptureWindows final : public RecorderWindows {
 public:
@@ -50,12 +65,16 @@ private:
     WindowCoordinator::Parts coordinatorParts(AppModel& model, const Platform& platform, Scheduler& scheduler,
                                               Executor& mainQueue) {
         const PointerEffectsMonitor& effects = *model.pointerEffectsMonitor();
-        auto effectsOverlay = std::make_unique<DesktopCursorEffectsOverlayCoordinator>(
-            DesktopCursorEffectsOverlayCoordinator::Parts{platform.screens, m_overlays, effects, scheduler});
+        std::unique_ptr<CursorEffectsOverlayCoordinator> effectsOverlay = std::make_unique<NoCursorEffectsOverlay>();
+        if (!platform.pickDisplay)
+            effectsOverlay = std::make_unique<DesktopCursorEffectsOverlayCoordinator>(
+                DesktopCursorEffectsOverlayCoordinator::Parts{platform.screens, m_overlays, effects, scheduler});
         auto selection = std::make_unique<DesktopSelectionCoordinator>(DesktopSelectionCoordinator::Parts{
             platform.screens, platform.windows, m_overlays, effects, *effectsOverlay, scheduler, mainQueue});
-        auto preview = std::make_unique<DesktopSelectionPreviewCoordinator>(DesktopSelectionPreviewCoordinator::Parts{
-            platform.screens, platform.windows, platform.events, m_overlays, mainQueue});
+        std::unique_ptr<SelectionPreviewCoordinator> preview = std::make_unique<NoSelectionPreview>();
+        if (!platform.pickDisplay)
+            preview = std::make_unique<DesktopSelectionPreviewCoordinator>(DesktopSelectionPreviewCoordinator::Parts{
+                platform.screens, platform.windows, platform.events, m_overlays, mainQueue});
         auto countdown = std::make_unique<DesktopCountdownCoordinator>(DesktopCountdownCoordinator::Parts{
             platform.screens, platform.sounds, platform.clock, m_overlays, scheduler});
         return {platform.screens,

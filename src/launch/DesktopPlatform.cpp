@@ -56,8 +56,9 @@ Result<Platform> makeAgentPlatform(std::shared_ptr<HostClock> clock, Scheduler& 
     Platform platform;
     if (isWaylandSession()) {
         platform = makeWaylandPlatform(clock);
-        platform.makeDisplayCapture = [clock, screens = platform.screens, &mainQueue] {
-            return std::make_unique<PortalDisplayCapture>(clock, screens, mainQueue);
+        platform.pickDisplay = [clock, &mainQueue](DisplayCaptureConfiguration configuration,
+                                                   Completion<PickedDisplay> done) {
+            PortalDisplayCapture::pick(clock, mainQueue, configuration, std::move(done));
         };
         platform.permissions = std::make_shared<PortalPermissions>(QDBusConnection::sessionBus());
     } else {

@@ -28,4 +28,14 @@ public:
 
 using DisplayCaptureFactory = std::function<std::unique_ptr<DisplayCapture>()>;
 
+/// What the desktop's user has picked: a capture that is to be started with its whole size as the crop.
+struct PickedDisplay {
+    std::shared_ptr<DisplayCapture> capture;
+    PixelRect whole;
+};
+
+/// Has the desktop ask its user for a display; what the configuration says of display and crop does not count. Answers
+/// on main, however long the user takes. Errors: a refusal, or a desktop that cannot.
+using DisplayPicker = std::function<void(DisplayCaptureConfiguration configuration, Completion<PickedDisplay> done)>;
+
 } // namespace keldra

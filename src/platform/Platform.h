@@ -28,7 +28,9 @@ namespace keldra {
 ///
 /// Without `devices` there are neither cameras nor microphones, and their factories stand empty. An empty
 /// `makeScreenStream` says that this desktop cannot stream, and recordings capture the display as it is.
-/// Without `permissions` the desktop forbids nothing. The command line has no windows, and needs none of `workspace`,
+/// Without `permissions` the desktop forbids nothing. A `pickDisplay` says that the
+/// desktop asks its user at the start of a recording which display it shows; then there is nothing else to be recorded.
+/// The command line has no windows, and needs none of `workspace`,
 /// `dialogs`, `sounds`, `events`, `applications` and `sleepInhibitor`.
 struct Platform {
     std::shared_ptr<HostClock> clock;
@@ -45,6 +47,7 @@ struct Platform {
     std::shared_ptr<ShareableContent> shareableContent;
     ScreenStreamFactory makeScreenStream;
     DisplayCaptureFactory makeDisplayCapture;
+    DisplayPicker pickDisplay;
     std::shared_ptr<Pointer> pointer;
     std::shared_ptr<OwnWindows> ownWindows = std::make_shared<OwnWindows>();
     std::shared_ptr<CaptureDevices> devices;

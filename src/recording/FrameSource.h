@@ -15,7 +15,10 @@ struct FrameSource {
 
     template <typename Capture, typename Configuration>
     static FrameSource of(std::unique_ptr<Capture> capture, Configuration configuration) {
-        const std::shared_ptr<Capture> shared(std::move(capture));
+        return of(std::shared_ptr<Capture>(std::move(capture)), configuration);
+    }
+    template <typename Capture, typename Configuration>
+    static FrameSource of(const std::shared_ptr<Capture>& shared, Configuration configuration) {
         return {[shared, configuration](Executor& queue, FrameSink sink, Completion<void> done) {
                     shared->start(configuration, queue, std::move(sink), std::move(done));
                 },

@@ -115,11 +115,27 @@ QCoro::Task<Result<void>> ScreenRecorder::startStream(RecordingRequest request, 
 
 QCoro::Task<Result<void>> ScreenRecorder::startDisplayCapture(RecordingRequest request, QString path) {
     const std::weak_ptr<bool> alive = m_isAlive;
-    CO_TRY_LET(DisplayCaptureConfiguration configuration,
-               planDisplayCapture(m_platform.screens->screens(), request.selection));
-    if (!m_platform.makeDisplayCapture)
+    DisplayCaptureConfiguration configuration;
+    std::shared_ptr<DisplayCapture> capture;
+    if (m_platform.pickDisplay) {
+        configuration.minimumFrameInterval = frameInterval(request);
+        m_isAskingUser = true;
+        const Result<PickedDisplay> picked = co_await awaitCompletion<PickedDisplay>(
+            [&](auto done) { m_platform.pickDisplay(configuration, std::move(done)); });
+        if (alive.expired())
+            co_return fail(makeError(ScreenRecorderError::couldNotPrepareStream));
+        m_isAskingUser = false;
+        CO_TRY(picked);
+        capture = picked->capture;
+        configuration.crop = picked->whole;
+    } else {
+        CO_TRY_LET(configuration, planDisplayCapture(m_platform.screens->screens(), request.selection));
+        configuration.minimumFrameInterval = frameInterval(request);
+        if (m_platform.makeDisplayCapture)
+            capture = m_platform.makeDisplayCapture();
+    }
+    if (!capture)
         co_return fail(makeError(ScreenRecorderError::couldNotAddScreenInput));
-    configuration.minimumFrameInterval = frameInterval(request);
 
     RecordingRequest plain = request;
     // The capture cuts, and what lies over the screen is captured with it.
@@ -128,8 +144,7 @@ QCoro::Task<Result<void>> ScreenRecorder::startDisplayCapture(RecordingRequest r
     plain.cameraOverlayState = nullptr;
     plain.pointerEffectsMonitor = nullptr;
     plain.offersMicrophone = false;
-    CO_TRY_LET(m_session, makeSession(FrameSource::of(m_platform.makeDisplayCapture(), configuration),
-                                      configuration.crop, plain, path));
+    CO_TRY_LET(m_session, makeSession(FrameSource::of(capture, configuration), configuration.crop, plain, path));
     const auto session = m_session;
     if (request.microphoneEnabled) {
         const auto microphone = microphoneFor(plain);

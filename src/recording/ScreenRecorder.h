@@ -67,6 +67,8 @@ public:
     /// False when there is no microphone to switch.
     bool setMicrophoneEnabled(bool isEnabled);
 
+    /// A start waits for what the desktop's user picks; it has no file yet.
+    bool isAskingUser() const { return m_isAskingUser; }
     std::int64_t writtenFrameCount() const;
     std::int64_t droppedFrameCount() const;
 
@@ -91,6 +93,7 @@ private:
     OnFinish m_completion;
     /// Counts starts and what ends them early, so that nobody takes the result of an earlier one for the latest's.
     int m_attempt = 0;
+    bool m_isAskingUser = false;
     std::shared_ptr<StreamRecordingSession> m_session;
     std::shared_ptr<PointerEffectsMonitor> m_pointerEffects;
     /// Nothing until they are taken from the monitor.

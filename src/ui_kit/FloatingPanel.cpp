@@ -3,6 +3,7 @@
 #include "base/Log.h"
 #include "ui_kit/DesktopCoordinates.h"
 #include "ui_kit/PanelShape.h"
+#include "ui_kit/WindowPlacement.h"
 #include "ui_kit/X11WindowManagement.h"
 
 #include <QGuiApplication>
@@ -11,16 +12,28 @@
 #include <QQuickItem>
 #include <QQuickView>
 #include <QStyleHints>
+#include <QtMath>
 
+#include <algorithm>
 #include <utility>
 
 namespace keldra {
 
+namespace {
+
+/// Between a panel and what stands above it in the same window.
+constexpr int companionGap = 8;
+
+} // namespace
+
 /// The window itself: what no control of the view takes moves it.
 class FloatingPanel::View final : public QQuickView {
 public:
-    View(QQmlEngine& engine, bool isMovable, std::function<void()> exposed)
-        : QQuickView(&engine, nullptr), m_isMovable(isMovable), m_exposed(std::move(exposed)) {
+    View(QQmlEngine& engine, bool isMovable, std::function<void()> exposed, std::function<void()> resized)
+        : QQuickView(&engine, nullptr)
+        , m_isMovable(isMovable)
+        , m_exposed(std::move(exposed))
+        , m_resized(std::move(resized)) {
         setResizeMode(QQuickView::SizeRootObjectToView);
         QSurfaceFormat alpha = format();
         alpha.setAlphaBufferSize(8);
@@ -42,6 +55,10 @@ protected:
         QQuickView::exposeEvent(event);
         if (isExposed())
             m_exposed();
+    }
+    void resizeEvent(QResizeEvent* event) override {
+        QQuickView::resizeEvent(event);
+        m_resized();
     }
     void mousePressEvent(QMouseEvent* event) override {
         QQuickView::mousePressEvent(event);
@@ -78,6 +95,7 @@ private:
     };
     const bool m_isMovable;
     const std::function<void()> m_exposed;
+    const std::function<void()> m_resized;
     std::optional<Press> m_press;
     bool m_isMoving = false;
 };
@@ -85,7 +103,8 @@ private:
 FloatingPanel::FloatingPanel(PanelConfiguration configuration, UiKit& kit)
     : m_configuration(std::move(configuration))
     , m_kit(kit)
-    , m_view(std::make_unique<View>(kit.engine(), m_configuration.isMovable, [this] { applyShape(); })) {
+    , m_view(std::make_unique<View>(
+          kit.engine(), m_configuration.isMovable, [this] { applyShape(); }, [this] { placeRoot(); })) {
     Qt::WindowFlags flags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
     if (m_configuration.ignoresMouse)
         flags |= Qt::WindowTransparentForInput | Qt::WindowDoesNotAcceptFocus;
@@ -120,11 +139,16 @@ void FloatingPanel::place(const QRectF& frame) {
     const bool hasMoved = frame.topLeft() != m_frame.topLeft();
     m_frame = frame;
     m_isPlacing = true;
-    if (!frame.isEmpty())
-        m_view->setGeometry(DesktopCoordinates::current().toQt(frame));
+    if (!frame.isEmpty()) {
+        m_view->setGeometry(DesktopCoordinates::current().toQt(frame.adjusted(0, 0, 0, m_headroom)));
+        keepSize(*m_view);
+        placeRoot();
+    }
     m_isPlacing = false;
     if (m_view->isVisible())
         applyShape();
+    if (m_host != nullptr)
+        m_host->makeRoomFor(*this);
     if (hasMoved)
         Q_EMIT moved();
 }
@@ -132,7 +156,8 @@ void FloatingPanel::place(const QRectF& frame) {
 /// The user or the window manager has moved it.
 void FloatingPanel::noteMove() {
     const QPointF origin = DesktopCoordinates::current().toPoints(m_view->geometry()).topLeft();
-    if (m_isPlacing || m_frame.isEmpty() || origin == m_frame.topLeft())
+    // Where the desktop places windows nobody tells us, and what Qt says of it is made up.
+    if (m_isPlacing || m_frame.isEmpty() || origin == m_frame.topLeft() || !canPlaceWindows())
         return;
     m_frame.moveTopLeft(origin);
     Q_EMIT moved();
@@ -156,15 +181,76 @@ void FloatingPanel::appear(bool takesKeyboard) {
     applyShape();
     // The name by which Qt passes this on to the window manager.
     m_view->setProperty("_q_showWithoutActivating", !takesKeyboard);
+    if (m_host != nullptr) {
+        showRoot(true, takesKeyboard);
+        return;
+    }
     m_view->show();
     m_view->raise();
     if (takesKeyboard)
         m_view->requestActivate();
 }
 
+void FloatingPanel::leave() {
+    if (m_host != nullptr)
+        showRoot(false, false);
+    else
+        m_view->hide();
+}
+
+void FloatingPanel::stayWith(FloatingPanel& host) {
+    if (canPlaceWindows())
+        return;
+    m_host = &host;
+    host.m_companions.append(this);
+}
+
+/// Above the panel itself; the window must not grow while it is seen, for the desktop would move it.
+void FloatingPanel::makeRoomFor(const FloatingPanel& companion) {
+    const int needed = qCeil(companion.m_frame.height()) + 2 * companionGap;
+    if (needed <= m_headroom)
+        return;
+    m_headroom = needed;
+    place(std::exchange(m_frame, {}));
+}
+
+/// Companions stand in their host's window.
+void FloatingPanel::placeRoot() {
+    QQuickItem* root = m_view->rootObject();
+    if (root == nullptr || (m_host == nullptr && m_headroom == 0))
+        return;
+    root->setSize(m_frame.size());
+    if (m_host != nullptr)
+        root->setPosition({std::clamp(m_frame.left() - m_host->m_frame.left(), 0.0,
+                                      std::max(m_host->m_frame.width() - m_frame.width(), 0.0)),
+                           m_host->m_headroom - companionGap - m_frame.height()});
+    else
+        root->setPosition(QPointF(0, m_headroom));
+}
+
+void FloatingPanel::showRoot(bool isShown, bool takesKeyboard) {
+    QQuickItem* root = m_view->rootObject();
+    if (root == nullptr)
+        return;
+    placeRoot();
+    root->setVisible(isShown);
+    if (isShown && takesKeyboard)
+        root->forceActiveFocus();
+    m_host->applyShape();
+}
+
+/// What the pointer finds of the window, in its own units, when the panel itself has that shape.
+QRegion FloatingPanel::placesOfClicks(const QRegion& shape) const {
+    QRegion region = shape.translated(0, m_headroom);
+    for (const FloatingPanel* companion : m_companions)
+        if (const QQuickItem* root = companion->m_view->rootObject(); root != nullptr && root->isVisible())
+            region += root->mapRectToScene(root->boundingRect()).toAlignedRect();
+    return region;
+}
+
 void FloatingPanel::orderOut() {
     m_isOrderedIn = false;
-    m_view->hide();
+    leave();
 }
 
 bool FloatingPanel::isVisible() const {
@@ -182,8 +268,8 @@ void FloatingPanel::setSharingType(SharingType sharingType) {
     if (!m_isOrderedIn)
         return;
     if (isKeptOff())
-        m_view->hide();
-    else if (!m_view->isVisible())
+        leave();
+    else if (m_host != nullptr || !m_view->isVisible())
         appear(false);
 }
 
@@ -199,6 +285,11 @@ void FloatingPanel::load() {
     m_view->setSource(m_configuration.view);
     for (const QQmlError& error : m_view->errors())
         logLine("[KELDRA UI]", error.toString().toStdString());
+    if (m_host != nullptr && m_view->rootObject()) {
+        m_view->rootObject()->setVisible(false);
+        m_view->rootObject()->setParentItem(m_host->m_view->contentItem());
+    }
+    placeRoot();
     if (QQuickItem* root = m_view->rootObject())
         QQmlProperty(root, QStringLiteral("outline")).connectNotifySignal(this, SLOT(applyShape()));
 }
@@ -223,6 +314,8 @@ void FloatingPanel::applyShape() {
     } else if (std::exchange(m_isCut, false)) {
         cutToShape(*m_view, whole);
     }
+    if (!canPlaceWindows())
+        m_view->setMask(placesOfClicks(shapeRegion(outline, 1)));
     // What is cut off takes no clicks anyway.
     if (m_configuration.ignoresMouse)
         takeClicksOnlyIn(*m_view, {});

@@ -52,6 +52,10 @@ public:
     bool isVisible() const override;
     void setSharingType(SharingType sharingType) override;
 
+    /// Where programs cannot place windows: stands above `host` in the same window, for two windows would lie anywhere.
+    /// Elsewhere nothing. Before either is shown; they go together.
+    void stayWith(FloatingPanel& host);
+
     QWindow& window();
 
 private Q_SLOTS:
@@ -61,6 +65,11 @@ private:
     class View;
 
     void load();
+    void leave();
+    void makeRoomFor(const FloatingPanel& companion);
+    void placeRoot();
+    void showRoot(bool isShown, bool takesKeyboard);
+    QRegion placesOfClicks(const QRegion& shape) const;
     void place(const QRectF& frame);
     void appear(bool takesKeyboard);
     void noteMove();
@@ -77,6 +86,10 @@ private:
     QRectF m_frame;
     bool m_isPlacing = false;
     bool m_isCut = false;
+    FloatingPanel* m_host = nullptr;
+    QList<FloatingPanel*> m_companions;
+    /// For companions, above the panel itself.
+    int m_headroom = 0;
 };
 
 } // namespace keldra

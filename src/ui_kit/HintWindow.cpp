@@ -66,6 +66,8 @@ void HintWindow::place() {
     const QSize size = QSizeF(root->implicitWidth(), root->implicitHeight()).toSize();
     const QPointF corner = m_item->mapToGlobal(QPointF(0, 0));
     const QRect item(corner.toPoint(), m_item->size().toSize());
+    // Where only popups can be placed, it is one of that window.
+    m_view->setTransientParent(m_item->window());
     m_view->setScreen(m_item->window()->screen());
     m_view->setGeometry({hintPosition(item, size, m_item->window()->screen()->availableGeometry()), size});
     m_view->setColor(m_kit.theme().isTranslucent() ? QColor(Qt::transparent) : m_kit.theme().menuGround());

@@ -75,6 +75,9 @@ public:
     virtual ~Overlays() = default;
     /// Whether windows can let what is below shine through at present.
     virtual bool areTranslucent() const = 0;
+    /// Whether overlays can lie over the desktop. Otherwise each is a window among others, as large as it was asked
+    /// for, wherever the desktop puts it.
+    virtual bool canCover() const = 0;
     /// `view` must outlive the overlay.
     virtual std::unique_ptr<Overlay> make(const OverlayOptions& options, OverlayView& view) = 0;
 };

@@ -1,6 +1,7 @@
 #include "ui_kit/OverlayWindow.h"
 
 #include "ui_kit/DesktopCoordinates.h"
+#include "ui_kit/WindowPlacement.h"
 #include "ui_kit/X11WindowManagement.h"
 
 #include <QExposeEvent>
@@ -135,6 +136,7 @@ void OverlayWindow::place() {
     const DesktopCoordinates coordinates = DesktopCoordinates::current();
     const QRect root = rootRect();
     setGeometry(coordinates.toQt(m_options.frame));
+    keepSize(*this);
     create();
     placeInRoot(*this, root);
     if (m_isTranslucent)
@@ -217,6 +219,10 @@ DesktopOverlays::DesktopOverlays(std::shared_ptr<OwnWindows> ownWindows, Schedul
 
 bool DesktopOverlays::areTranslucent() const {
     return hasCompositingManager();
+}
+
+bool DesktopOverlays::canCover() const {
+    return canPlaceWindows();
 }
 
 std::unique_ptr<Overlay> DesktopOverlays::make(const OverlayOptions& options, OverlayView& view) {

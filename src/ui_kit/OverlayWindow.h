@@ -68,6 +68,7 @@ public:
     /// `scheduler` must outlive this object and its overlays.
     DesktopOverlays(std::shared_ptr<OwnWindows> ownWindows, Scheduler& scheduler);
     bool areTranslucent() const override;
+    bool canCover() const override;
     std::unique_ptr<Overlay> make(const OverlayOptions& options, OverlayView& view) override;
 
 private:

@@ -131,6 +131,25 @@ protected:
     const CaptureSelection region = RegionSelection{2, QRectF(2000, 200, 30, 30)};
 };
 
+TEST_F(AppModelSelecting, TakesDisplaysOnlyWhereTheDesktopPicks) {
+    desktopPicks = true;
+    makeModel();
+    picked = region;
+    for (const CaptureMode mode : {CaptureMode::region, CaptureMode::window}) {
+        notices.clear();
+        select(mode);
+        EXPECT_EQ(model->currentSelection(), std::nullopt);
+        EXPECT_EQ(notices, QStringList{"This desktop lets programs record whole displays only."});
+    }
+    select(CaptureMode::display);
+    EXPECT_EQ(model->currentSelection(), wholeDisplay) << "without a question of ours";
+    select(CaptureMode::display);
+    EXPECT_EQ(model->currentSelection(), std::nullopt);
+    go("record");
+    EXPECT_FALSE(model->isSelectionRequiredPresented());
+    EXPECT_EQ(model->currentSelection(), wholeDisplay);
+}
+
 TEST_F(AppModelSelecting, PicksClearsAndKeeps) {
     makeModel().setIsSelectionRequiredPresented(true);
     picked = region;

@@ -50,6 +50,8 @@ protected:
         platform.dialogs = dialogs;
         if (hasDevices)
             platform.devices = devices;
+        if (desktopPicks)
+            platform.pickDisplay = [](const DisplayCaptureConfiguration&, const Completion<PickedDisplay>&) {};
         model = std::make_unique<AppModel>(AppModel::Parts{
             platform, analytics.application, preferences, engine(), cameraService, levelMonitor, pointerMonitor,
             telemetry, time.scheduler(), time.mainQueue(), [this] { return analytics.now; }});
@@ -140,6 +142,7 @@ protected:
     /// Whether this desktop forbids anything, and knows of cameras and microphones, at all.
     bool hasPermissions = true;
     bool hasDevices = true;
+    bool desktopPicks = false;
 
     Aptabase aptabase = analytics.aptabase();
     Telemetry telemetry{aptabase, {analytics.key, {}, {}}};

@@ -264,6 +264,12 @@ TEST_F(Countdown, MovesOnlyWhileTheNumberChanges) {
         EXPECT_EQ(part.center(), QPointF(800, 400)) << "the middle of all screens";
 }
 
+TEST_F(Countdown, IsAWindowOfItsOwnSizeWhereNothingCanLieOverTheDesktop) {
+    overlays.covers = false;
+    begin(1);
+    EXPECT_EQ(overlays.last().options.frame, QRectF(650, 250, 300, 300));
+}
+
 TEST_F(Countdown, GoesWithItsCoordinator) {
     begin(3);
     time.advance(500ms);

@@ -23,6 +23,7 @@ struct ScriptedOverlay {
 class ScriptedOverlays final : public Overlays {
 public:
     bool areTranslucent() const override { return isTranslucent; }
+    bool canCover() const override { return covers; }
     std::unique_ptr<Overlay> make(const OverlayOptions& options, OverlayView& view) override {
         made.push_back(std::make_shared<ScriptedOverlay>(ScriptedOverlay{options, &view, false, {}, {}}));
         return std::make_unique<Handle>(made.back());
@@ -37,6 +38,7 @@ public:
     }
 
     bool isTranslucent = true;
+    bool covers = true;
     std::vector<std::shared_ptr<ScriptedOverlay>> made;
 
 private:

@@ -5,7 +5,6 @@
 #include "MockPortal.h"
 #include "async/MainQueue.h"
 #include "async/MainScheduler.h"
-#include "doubles/FixedDesktop.h"
 #include "doubles/Waiting.h"
 #include "pipewire/SoundSession.h"
 #include "platform/pipewire/PipeWireConnection.h"
@@ -16,8 +15,6 @@
 
 namespace keldra::test {
 namespace {
-
-constexpr PixelRect wholeDisplay{0, 0, 640, 480};
 
 class PortalDisplayCaptureTest : public SoundSession {
 protected:
@@ -34,34 +31,40 @@ protected:
         return node;
     }
 
-    Result<void> start(PixelRect crop = wholeDisplay) {
+    Result<void> start() {
         DisplayCaptureConfiguration configuration;
-        configuration.displayID = 1;
-        configuration.crop = crop;
         configuration.minimumFrameInterval = std::chrono::milliseconds(16);
+        std::optional<Result<PickedDisplay>> picked;
+        PortalDisplayCapture::pick(m_clock, m_main, configuration,
+                                   [&](Result<PickedDisplay> display) { picked = std::move(display); });
+        EXPECT_FALSE(picked) << "never before the call returns";
+        EXPECT_TRUE(runUntil([&] { return picked.has_value(); }));
+        if (!*picked)
+            return fail(picked->error());
+        EXPECT_EQ((*picked)->whole, (PixelRect{0, 0, 640, 480})) << "the size that the screen has";
+        m_capture = (*picked)->capture;
+        configuration.crop = (*picked)->whole;
         std::optional<Result<void>> answer;
-        m_capture.start(configuration, m_main,
-                        {[this](ScreenFrame frame) { m_frames.push_back(std::move(frame)); },
-                         [this](const Error& error) { m_ends.push_back(error.message); }},
-                        [&](Result<void> started) { answer = std::move(started); });
+        m_capture->start(configuration, m_main,
+                         {[this](ScreenFrame frame) { m_frames.push_back(std::move(frame)); },
+                          [this](const Error& error) { m_ends.push_back(error.message); }},
+                         [&](Result<void> started) { answer = std::move(started); });
         EXPECT_FALSE(answer) << "never before the call returns";
         EXPECT_TRUE(runUntil([&] { return answer.has_value(); }));
         return *answer;
     }
     void stop() {
         bool isStopped = false;
-        m_capture.stop([&](const Result<void>&) { isStopped = true; });
+        m_capture->stop([&](const Result<void>&) { isStopped = true; });
         EXPECT_TRUE(runUntil([&] { return isStopped; }));
     }
 
     MainQueue m_main{std::make_shared<MainScheduler>()};
     std::unique_ptr<ChildProcess> m_device;
     std::shared_ptr<SystemHostClock> m_clock = std::make_shared<SystemHostClock>();
-    std::shared_ptr<FixedScreens> m_screens =
-        std::make_shared<FixedScreens>(QList<Screen>{{1, "Main", QRectF(0, 0, 640, 480), QRectF(0, 0, 640, 480), 1}});
     std::vector<ScreenFrame> m_frames;
     std::vector<std::string> m_ends;
-    PortalDisplayCapture m_capture{m_clock, m_screens, m_main};
+    std::shared_ptr<DisplayCapture> m_capture;
 };
 
 TEST_F(PortalDisplayCaptureTest, ShowsTheScreenUntilItIsStopped) {
@@ -93,14 +96,12 @@ TEST_F(PortalDisplayCaptureTest, TellsWhatTheDesktopOrItsUserDoes) {
         const auto without = start();
         ASSERT_FALSE(without) << "there is no portal";
         EXPECT_FALSE(without.error().message.empty());
-        stop();
     }
     MockPortal portal(plugInScreen());
     portal.answer = 1;
     const auto refused = start();
     ASSERT_FALSE(refused);
     EXPECT_EQ(refused.error().message, "Screen recording access was not granted");
-    stop();
     portal.answer = 0;
     ASSERT_TRUE(start());
     ASSERT_TRUE(runUntil([&] { return !m_frames.empty(); }));
@@ -134,22 +135,24 @@ std::vector<std::uint8_t> grid(bool isRedFirst) {
     return bytes;
 }
 
-TEST(ScreenCastFrame, IsThePartThatWasAskedFor) {
+TEST(ScreenCastFrame, IsThePictureAsItIs) {
     for (const bool isRedFirst : {false, true}) {
         const auto bytes = grid(isRedFirst);
+        // The last column of an odd display is left out.
         PixelBuffer frame = PixelBuffer::allocate(PixelFormat::bgra, 3, 2);
-        copyScreenCastPicture({bytes.data(), 16, 4, 2, isRedFirst}, {2, 1, 3, 2}, 4, 2, frame);
-        EXPECT_EQ(scene::colourAt(frame, 0, 0), 0x146407U);
-        EXPECT_EQ(scene::colourAt(frame, 1, 0), 0x1e6407U);
-        EXPECT_EQ(scene::colourAt(frame, 2, 0), 0U) << "beyond the display";
-        EXPECT_EQ(scene::colourAt(frame, 0, 1), 0U);
+        copyScreenCastPicture({bytes.data(), 16, 4, 2, isRedFirst}, frame);
+        EXPECT_EQ(scene::colourAt(frame, 0, 0), 0x000007U);
+        EXPECT_EQ(scene::colourAt(frame, 2, 0), 0x140007U);
+        EXPECT_EQ(scene::colourAt(frame, 1, 1), 0x0a6407U);
         EXPECT_EQ(frame.row(0, 0)[3], 255) << "opaque";
     }
-    // A display that the desktop shows twice as fine as we count it.
+    // A display that got another size meanwhile.
     const auto bytes = grid(false);
-    PixelBuffer frame = PixelBuffer::allocate(PixelFormat::bgra, 2, 1);
-    copyScreenCastPicture({bytes.data(), 16, 4, 2, false}, {0, 0, 2, 1}, 2, 1, frame);
-    EXPECT_NEAR(int(scene::colourAt(frame, 1, 0) >> 16), 25, 6);
+    PixelBuffer frame = PixelBuffer::allocate(PixelFormat::bgra, 8, 8);
+    copyScreenCastPicture({bytes.data(), 16, 4, 2, false}, frame);
+    EXPECT_EQ(scene::colourAt(frame, 4, 1), 0U) << "it is fitted into the middle";
+    EXPECT_EQ(scene::colourAt(frame, 4, 6), 0U);
+    EXPECT_NEAR(int(scene::colourAt(frame, 7, 3) >> 16), 30, 6);
 }
 
 } // namespace

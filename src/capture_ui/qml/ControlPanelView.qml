@@ -41,9 +41,11 @@ PanelGround {
                 TileButton {
                     required property int index
                     required property var modelData
+                    readonly property bool isRefused: root.panel.recordsDisplaysOnly && index !== 2
                     enabled: root.panel.areModesLive
                     text: modelData.label
-                    hint: modelData.hint
+                    hint: isRefused ? qsTr("This desktop lets programs record whole displays only") : modelData.hint
+                    opacity: isRefused ? 0.4 : 1
                     symbol: modelData.symbol
                     isActive: root.panel.activeMode === index
                     onClicked: root.panel.chooseMode(index)

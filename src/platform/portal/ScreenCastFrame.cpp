@@ -7,20 +7,32 @@
 #include <cstdint>
 
 namespace keldra {
+namespace {
 
-void copyScreenCastPicture(const ScreenCastPicture& picture, const PixelRect& crop, int displayWidth, int displayHeight,
-                           PixelBuffer& target) {
+bool isWithinOne(int side, int wanted) {
+    return side == wanted || side == wanted + 1;
+}
+
+/// Where a picture of another size goes: in the middle, as large as it fits.
+QRectF fitted(QSizeF picture, QSizeF target) {
+    const QSizeF size = picture.scaled(target, Qt::KeepAspectRatio);
+    return {QPointF((target.width() - size.width()) / 2, (target.height() - size.height()) / 2), size};
+}
+
+} // namespace
+
+void copyScreenCastPicture(const ScreenCastPicture& picture, PixelBuffer& target) {
     const QImage source(picture.data, picture.width, picture.height, picture.strideBytes,
                         picture.isRedFirst ? QImage::Format_RGBX8888 : QImage::Format_RGB32);
     QImage frame(target.mutableRow(0, 0), target.width(), target.height(), target.strideBytes(), QImage::Format_RGB32);
-    frame.fill(Qt::black);
-    const double across = double(picture.width) / std::max(1, displayWidth);
-    const double down = double(picture.height) / std::max(1, displayHeight);
     QPainter painter(&frame);
-    // Of pixels that are taken as they are nothing is changed by this.
-    painter.setRenderHint(QPainter::SmoothPixmapTransform);
-    const QRectF whole(-crop.x, -crop.y, picture.width / across, picture.height / down);
-    painter.drawImage(whole, source);
+    if (isWithinOne(picture.width, target.width()) && isWithinOne(picture.height, target.height())) {
+        painter.drawImage(QPoint(), source);
+    } else {
+        painter.fillRect(frame.rect(), Qt::black);
+        painter.setRenderHint(QPainter::SmoothPixmapTransform);
+        painter.drawImage(fitted(source.size(), frame.size()), source);
+    }
     painter.end();
     // The fourth byte of such pictures may be anything.
     for (int y = 0; y < target.height(); ++y) {

@@ -1,15 +1,12 @@
 #pragma once
 
-#include "imaging/Geometry.h"
 #include "imaging/PixelBuffer.h"
 #include "platform/portal/ScreenCastStream.h"
 
 namespace keldra {
 
-/// Copies a part of a picture of the screen into a BGRA buffer that has the part's size. `crop` counts pixels of a
-/// display of that size, as the program knows it; a picture of another size shows the same display finer or coarser,
-/// and is scaled. What lies beyond the display is black.
-void copyScreenCastPicture(const ScreenCastPicture& picture, const PixelRect& crop, int displayWidth, int displayHeight,
-                           PixelBuffer& target);
+/// Copies a picture of the screen into a BGRA buffer, pixel by pixel; of a picture that is a row or a column larger the
+/// last one is left out. One of another size is fitted into the buffer, on black.
+void copyScreenCastPicture(const ScreenCastPicture& picture, PixelBuffer& target);
 
 } // namespace keldra

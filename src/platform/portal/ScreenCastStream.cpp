@@ -11,6 +11,8 @@ namespace {
 
 constexpr int bytesPerPixel = 4;
 constexpr timespec tickPeriod{0, 16'000'000};
+/// Ten seconds: desktops show a picture at once, also of a screen that stands still.
+constexpr int ticksUntilFirstPicture = 625;
 
 const spa_pod* formatsWeTake(spa_pod_builder& builder, int framesPerSecond) {
     const spa_rectangle usual{1920, 1080};
@@ -36,7 +38,7 @@ struct ScreenCastStream::Loop {
         m_thread = pw_thread_loop_new("KELDRA.ScreenCast", nullptr);
         pw_loop* loop = pw_thread_loop_get_loop(m_thread);
         m_timer = pw_loop_add_timer(
-            loop, [](void* self, std::uint64_t) { static_cast<Loop*>(self)->m_events.tick(); }, this);
+            loop, [](void* self, std::uint64_t) { static_cast<Loop*>(self)->tick(); }, this);
         m_context = pw_context_new(loop, nullptr, 0);
         pw_thread_loop_start(m_thread);
         pw_thread_loop_lock(m_thread);
@@ -79,6 +81,12 @@ private:
             return end("PipeWire does not connect the stream");
         timespec period = tickPeriod;
         pw_loop_update_timer(pw_thread_loop_get_loop(m_thread), m_timer, &period, &period, false);
+    }
+
+    void tick() {
+        if (!m_hasPicture && ++m_ticksWaited >= ticksUntilFirstPicture)
+            end("no picture comes");
+        m_events.tick();
     }
 
     static const pw_stream_events& events() {
@@ -133,7 +141,7 @@ private:
         pw_stream_queue_buffer(m_stream, newest);
     }
 
-    void deliver(const spa_data& data) const {
+    void deliver(const spa_data& data) {
         // A chunk without content only tells that the pointer moved.
         if (data.data == nullptr || data.chunk->size == 0 || data.chunk->offset > data.maxsize)
             return;
@@ -147,8 +155,10 @@ private:
         const bool isWhole = picture.strideBytes >= picture.width * bytesPerPixel && picture.height > 0 &&
                              size >= std::size_t(picture.strideBytes) * std::size_t(picture.height - 1) +
                                          std::size_t(picture.width) * bytesPerPixel;
-        if (isWhole)
-            m_events.picture(picture);
+        if (!isWhole)
+            return;
+        m_hasPicture = true;
+        m_events.picture(picture);
     }
 
     void end(const char* reason) {
@@ -164,6 +174,8 @@ private:
     spa_source* m_timer = nullptr;
     spa_hook m_hook{};
     std::optional<spa_video_info_raw> m_format;
+    bool m_hasPicture = false;
+    int m_ticksWaited = 0;
     bool m_hasEnded = false;
 };
 
