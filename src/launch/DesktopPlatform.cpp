@@ -5,9 +5,9 @@
 #include "platform/pipewire/PipeWireAudioSink.h"
 #include "platform/pipewire/PipeWireDevices.h"
 #include "platform/portal/PortalDisplayCapture.h"
+#include "platform/portal/PortalPermissions.h"
 #include "platform/qt/DBusRunningApplications.h"
 #include "platform/qt/DBusSleepInhibitor.h"
-#include "platform/qt/PortalPermissions.h"
 #include "platform/qt/QtDialogs.h"
 #include "platform/qt/QtEventMonitor.h"
 #include "platform/qt/QtWorkspace.h"
@@ -56,9 +56,13 @@ Result<Platform> makeAgentPlatform(std::shared_ptr<HostClock> clock, Scheduler& 
     Platform platform;
     if (isWaylandSession()) {
         platform = makeWaylandPlatform(clock);
-        platform.pickDisplay = [clock, &mainQueue](DisplayCaptureConfiguration configuration,
-                                                   Completion<PickedDisplay> done) {
-            PortalDisplayCapture::pick(clock, mainQueue, configuration, std::move(done));
+        platform.pickDisplay = [clock, &mainQueue, screens = platform.screens,
+                                restoreToken = std::make_shared<QString>()](DisplayCaptureConfiguration configuration,
+                                                                            Completion<PickedDisplay> done) {
+            // Its user is asked once, but for each recording where there is something to choose from.
+            if (screens->screens().size() > 1)
+                restoreToken->clear();
+            PortalDisplayCapture::pick(clock, mainQueue, restoreToken, configuration, std::move(done));
         };
         platform.permissions = std::make_shared<PortalPermissions>(QDBusConnection::sessionBus());
     } else {

@@ -1,7 +1,7 @@
 #include "desktop/FakeService.h"
 #include "doubles/Waiting.h"
+#include "platform/portal/PortalPermissions.h"
 #include "platform/qt/DBusSleepInhibitor.h"
-#include "platform/qt/PortalPermissions.h"
 #include "platform/qt/QtWorkspace.h"
 #include "platform/qt/SettingsCommand.h"
 

@@ -35,7 +35,7 @@ protected:
         DisplayCaptureConfiguration configuration;
         configuration.minimumFrameInterval = std::chrono::milliseconds(16);
         std::optional<Result<PickedDisplay>> picked;
-        PortalDisplayCapture::pick(m_clock, m_main, configuration,
+        PortalDisplayCapture::pick(m_clock, m_main, m_restoreToken, configuration,
                                    [&](Result<PickedDisplay> display) { picked = std::move(display); });
         EXPECT_FALSE(picked) << "never before the call returns";
         EXPECT_TRUE(runUntil([&] { return picked.has_value(); }));
@@ -62,6 +62,7 @@ protected:
     MainQueue m_main{std::make_shared<MainScheduler>()};
     std::unique_ptr<ChildProcess> m_device;
     std::shared_ptr<SystemHostClock> m_clock = std::make_shared<SystemHostClock>();
+    std::shared_ptr<QString> m_restoreToken = std::make_shared<QString>();
     std::vector<ScreenFrame> m_frames;
     std::vector<std::string> m_ends;
     std::shared_ptr<DisplayCapture> m_capture;

@@ -154,8 +154,10 @@ private:
 };
 
 void PortalDisplayCapture::pick(std::shared_ptr<HostClock> clock, Executor& mainQueue,
-                                DisplayCaptureConfiguration configuration, Completion<PickedDisplay> done) {
-    auto opening = ScreenCastSession::open(QDBusConnection::sessionBus(), configuration.showsCursor);
+                                std::shared_ptr<QString> restoreToken, DisplayCaptureConfiguration configuration,
+                                Completion<PickedDisplay> done) {
+    auto opening =
+        ScreenCastSession::open(QDBusConnection::sessionBus(), configuration.showsCursor, std::move(restoreToken));
     opening.then([clock = std::move(clock), &mainQueue, interval = configuration.minimumFrameInterval,
                   done = std::move(done)](Result<std::shared_ptr<ScreenCastSession>> session) {
         // Never before the call returns.

@@ -12,10 +12,10 @@ namespace keldra {
 /// monitor's true size, but for an odd row or column; one whose size changes later is fitted into its first one.
 class PortalDisplayCapture final : public DisplayCapture {
 public:
-    /// As DisplayPicker. Answers when the first picture has come, which the capture then begins with. Errors: also when
-    /// no picture comes.
-    static void pick(std::shared_ptr<HostClock> clock, Executor& mainQueue, DisplayCaptureConfiguration configuration,
-                     Completion<PickedDisplay> done);
+    /// As DisplayPicker. Answers when the first picture has come, which the capture then begins with. `restoreToken` is
+    /// the session's. Errors: also when no picture comes.
+    static void pick(std::shared_ptr<HostClock> clock, Executor& mainQueue, std::shared_ptr<QString> restoreToken,
+                     DisplayCaptureConfiguration configuration, Completion<PickedDisplay> done);
     ~PortalDisplayCapture() override;
     /// The rate is the one that it was picked with.
     void start(DisplayCaptureConfiguration configuration, Executor& queue, FrameSink sink,

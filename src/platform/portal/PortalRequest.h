@@ -36,5 +36,6 @@ Error portalError(const QString& message);
 
 inline const QString portalService = QStringLiteral("org.freedesktop.portal.Desktop");
 inline const QString portalPath = QStringLiteral("/org/freedesktop/portal/desktop");
+inline const QString screenCastInterface = QStringLiteral("org.freedesktop.portal.ScreenCast");
 
 } // namespace keldra

@@ -3,12 +3,11 @@
 #include "async/AwaitCompletion.h"
 #include "async/CoTry.h"
 #include "platform/portal/PortalRequest.h"
+#include "platform/qt/BusCall.h"
 
 #include <QDBusArgument>
 #include <QDBusMessage>
 #include <QDBusObjectPath>
-#include <QDBusPendingCallWatcher>
-#include <QDBusPendingReply>
 #include <QDBusUnixFileDescriptor>
 
 #include <fcntl.h>
@@ -18,7 +17,6 @@
 namespace keldra {
 namespace {
 
-const QString screenCast = QStringLiteral("org.freedesktop.portal.ScreenCast");
 const QString sessionInterface = QStringLiteral("org.freedesktop.portal.Session");
 
 constexpr uint monitors = 1;
@@ -26,12 +24,6 @@ constexpr uint cursorHidden = 1;
 constexpr uint cursorEmbedded = 2;
 /// The answer holds until the program ends, so that its user is asked once.
 constexpr uint whileRunning = 1;
-
-/// What the portal gave for the dialog not to be shown again in this run.
-QString& restoreToken() {
-    static QString token;
-    return token;
-}
 
 /// The first of a(ua{sv}).
 std::optional<std::uint32_t> firstStream(const QVariant& streams) {
@@ -49,28 +41,28 @@ std::optional<std::uint32_t> firstStream(const QVariant& streams) {
 }
 
 void openRemote(const QDBusConnection& bus, const QString& session, Completion<int> done) {
-    QDBusMessage call =
-        QDBusMessage::createMethodCall(portalService, portalPath, screenCast, QStringLiteral("OpenPipeWireRemote"));
+    constexpr std::chrono::seconds patience{25};
+    auto call = QDBusMessage::createMethodCall(portalService, portalPath, screenCastInterface,
+                                               QStringLiteral("OpenPipeWireRemote"));
     call.setArguments({QVariant::fromValue(QDBusObjectPath(session)), QVariantMap()});
-    auto* pending = new QDBusPendingCallWatcher(bus.asyncCall(call));
-    QObject::connect(pending, &QDBusPendingCallWatcher::finished, pending,
-                     [done = std::move(done)](QDBusPendingCallWatcher* answered) {
-                         answered->deleteLater();
-                         const QDBusPendingReply<QDBusUnixFileDescriptor> reply = *answered;
-                         if (reply.isError())
-                             return done(fail(portalError(reply.error().message())));
-                         // The reply closes its own.
-                         done(::fcntl(reply.value().fileDescriptor(), F_DUPFD_CLOEXEC, 0));
-                     });
+    callBus(bus, call, patience, [done = std::move(done)](const Result<QDBusMessage>& reply) {
+        if (!reply)
+            return done(fail(reply.error()));
+        // The reply closes its own.
+        const auto descriptor = reply->arguments().value(0).value<QDBusUnixFileDescriptor>();
+        done(::fcntl(descriptor.fileDescriptor(), F_DUPFD_CLOEXEC, 0));
+    });
 }
 
 } // namespace
 
-QCoro::Task<Result<std::shared_ptr<ScreenCastSession>>> ScreenCastSession::open(QDBusConnection bus, bool showsCursor) {
+QCoro::Task<Result<std::shared_ptr<ScreenCastSession>>> ScreenCastSession::open(QDBusConnection bus, bool showsCursor,
+                                                                                std::shared_ptr<QString> restoreToken) {
     static int count = 0;
     const QVariantMap naming{{QStringLiteral("session_handle_token"), QStringLiteral("keldra%1").arg(++count)}};
     CO_TRY_LET(const QVariantMap made, co_await awaitCompletion<QVariantMap>([&](auto done) {
-                   PortalRequest::send(bus, screenCast, QStringLiteral("CreateSession"), {}, naming, std::move(done));
+                   PortalRequest::send(bus, screenCastInterface, QStringLiteral("CreateSession"), {}, naming,
+                                       std::move(done));
                }));
     const QString path = made.value(QStringLiteral("session_handle")).toString();
     const std::shared_ptr<ScreenCastSession> session(new ScreenCastSession(bus, path));
@@ -80,16 +72,17 @@ QCoro::Task<Result<std::shared_ptr<ScreenCastSession>>> ScreenCastSession::open(
                         {QStringLiteral("multiple"), false},
                         {QStringLiteral("cursor_mode"), showsCursor ? cursorEmbedded : cursorHidden},
                         {QStringLiteral("persist_mode"), whileRunning}};
-    if (!restoreToken().isEmpty())
-        sources[QStringLiteral("restore_token")] = restoreToken();
+    if (!restoreToken->isEmpty())
+        sources[QStringLiteral("restore_token")] = *restoreToken;
     CO_TRY(co_await awaitCompletion<QVariantMap>([&](auto done) {
-        PortalRequest::send(bus, screenCast, QStringLiteral("SelectSources"), {handle}, sources, std::move(done));
+        PortalRequest::send(bus, screenCastInterface, QStringLiteral("SelectSources"), {handle}, sources,
+                            std::move(done));
     }));
-    CO_TRY_LET(
-        const QVariantMap started, co_await awaitCompletion<QVariantMap>([&](auto done) {
-            PortalRequest::send(bus, screenCast, QStringLiteral("Start"), {handle, QString()}, {}, std::move(done));
-        }));
-    restoreToken() = started.value(QStringLiteral("restore_token")).toString();
+    CO_TRY_LET(const QVariantMap started, co_await awaitCompletion<QVariantMap>([&](auto done) {
+                   PortalRequest::send(bus, screenCastInterface, QStringLiteral("Start"), {handle, QString()}, {},
+                                       std::move(done));
+               }));
+    *restoreToken = started.value(QStringLiteral("restore_token")).toString();
     const auto node = firstStream(started.value(QStringLiteral("streams")));
     if (!node)
         co_return fail(portalError(QStringLiteral("The desktop portal gave no stream of the screen.")));
@@ -106,7 +99,8 @@ ScreenCastSession::ScreenCastSession(const QDBusConnection& bus, QString path) :
 }
 
 ScreenCastSession::~ScreenCastSession() {
-    m_bus.asyncCall(QDBusMessage::createMethodCall(portalService, m_path, sessionInterface, QStringLiteral("Close")));
+    // Nobody waits for an answer.
+    m_bus.send(QDBusMessage::createMethodCall(portalService, m_path, sessionInterface, QStringLiteral("Close")));
     if (m_descriptor >= 0)
         ::close(m_descriptor);
 }

@@ -17,8 +17,10 @@ class ScreenCastSession final : public QObject {
     Q_OBJECT
 
 public:
-    /// Asks the user. Errors: no, or there is no portal that can do it.
-    static QCoro::Task<Result<std::shared_ptr<ScreenCastSession>>> open(QDBusConnection bus, bool showsCursor);
+    /// Asks the user, or not, where the portal still knows `restoreToken`, which is empty at first and becomes what
+    /// stands for this answer. Errors: no, or there is no portal that can do it.
+    static QCoro::Task<Result<std::shared_ptr<ScreenCastSession>>> open(QDBusConnection bus, bool showsCursor,
+                                                                        std::shared_ptr<QString> restoreToken);
     ~ScreenCastSession() override;
 
     /// Of the stream in the PipeWire that takeDescriptor() leads to.

@@ -27,7 +27,7 @@ public:
         std::function<void(const ScreenCastPicture&)> picture;
         /// At most once: no picture will come any more, and why.
         std::function<void(const char* reason)> ended;
-        /// Some sixty times a second while `picture` may have left something to do.
+        /// Some sixty times a second, for what `picture` left to do.
         std::function<void()> tick;
     };
 
