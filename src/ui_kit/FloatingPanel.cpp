@@ -86,13 +86,12 @@ FloatingPanel::FloatingPanel(PanelConfiguration configuration, UiKit& kit)
     : m_configuration(std::move(configuration))
     , m_kit(kit)
     , m_view(std::make_unique<View>(kit.engine(), m_configuration.isMovable, [this] { applyShape(); })) {
-    Qt::WindowFlags flags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
+    Qt::WindowFlags flags = Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
     if (m_configuration.ignoresMouse)
         flags |= Qt::WindowTransparentForInput | Qt::WindowDoesNotAcceptFocus;
     m_view->setFlags(flags);
     m_view->setTitle(m_configuration.title);
-    showOnAllDesktops(*m_view);
-    keepOffTaskbar(*m_view);
+    manageAsPanel(*m_view);
     m_registration = std::make_unique<RegisteredWindow>(*m_view, kit.ownWindows(), m_configuration.identifier,
                                                         SharingType::readOnly);
     connect(m_view.get(), &QWindow::xChanged, this, &FloatingPanel::noteMove);

@@ -64,10 +64,8 @@ OverlayWindow::OverlayWindow(const OverlayOptions& options, OverlayView& view, b
     setFormat(surface);
     setTitle(options.identifier);
     setFlags(flagsFor(options));
-    if (options.level == OverlayOptions::Level::belowPanels) {
-        showOnAllDesktops(*this);
-        keepOffTaskbar(*this);
-    }
+    if (options.level == OverlayOptions::Level::belowPanels)
+        manageAsPanel(*this);
     watchDesktop();
 }
 
@@ -80,11 +78,10 @@ OverlayWindow::~OverlayWindow() {
 }
 
 Qt::WindowFlags OverlayWindow::flagsFor(const OverlayOptions& options) const {
-    Qt::WindowFlags flags = Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint;
-    if (options.level == OverlayOptions::Level::aboveAll)
-        flags |= Qt::Window | Qt::BypassWindowManagerHint | Qt::WindowStaysOnTopHint;
-    else
-        flags |= Qt::Tool | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus;
+    Qt::WindowFlags flags =
+        Qt::Window | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint | Qt::WindowStaysOnTopHint;
+    flags |=
+        options.level == OverlayOptions::Level::aboveAll ? Qt::BypassWindowManagerHint : Qt::WindowDoesNotAcceptFocus;
     if (options.letsClicksThrough)
         flags |= Qt::WindowTransparentForInput;
     return flags;
