@@ -85,7 +85,7 @@ private:
 FloatingPanel::FloatingPanel(PanelConfiguration configuration, UiKit& kit)
     : m_configuration(std::move(configuration))
     , m_kit(kit)
-    , m_view(std::make_unique<View>(kit.engine(), m_configuration.isMovable, [this] { applyShape(); })) {
+    , m_view(std::make_unique<View>(kit.engine(), m_configuration.isMovable, [this] { exposed(); })) {
     Qt::WindowFlags flags = Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
     if (m_configuration.ignoresMouse)
         flags |= Qt::WindowTransparentForInput | Qt::WindowDoesNotAcceptFocus;
@@ -131,7 +131,7 @@ void FloatingPanel::place(const QRectF& frame) {
 /// The user or the window manager has moved it.
 void FloatingPanel::noteMove() {
     const QPointF origin = DesktopCoordinates::current().toPoints(m_view->geometry()).topLeft();
-    if (m_isPlacing || m_frame.isEmpty() || origin == m_frame.topLeft())
+    if (m_isPlacing || m_isAppearing || m_frame.isEmpty() || origin == m_frame.topLeft())
         return;
     m_frame.moveTopLeft(origin);
     Q_EMIT moved();
@@ -155,10 +155,24 @@ void FloatingPanel::appear(bool takesKeyboard) {
     applyShape();
     // The name by which Qt passes this on to the window manager.
     m_view->setProperty("_q_showWithoutActivating", !takesKeyboard);
-    m_view->show();
-    m_view->raise();
+    // What comes to the screen comes above the others of its kind; and some window managers give the keyboard to
+    // whoever is raised.
+    if (m_view->isVisible()) {
+        m_view->raise();
+    } else {
+        m_isAppearing = true;
+        m_view->show();
+    }
     if (takesKeyboard)
         m_view->requestActivate();
+}
+
+void FloatingPanel::exposed() {
+    applyShape();
+    // Some window managers (i3) shift a window by the frame that they then do not give it, a bit further each time that
+    // it is shown.
+    if (std::exchange(m_isAppearing, false))
+        m_view->setGeometry(DesktopCoordinates::current().toQt(m_frame));
 }
 
 void FloatingPanel::orderOut() {

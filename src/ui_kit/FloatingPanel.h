@@ -63,6 +63,7 @@ private:
     void load();
     void place(const QRectF& frame);
     void appear(bool takesKeyboard);
+    void exposed();
     void noteMove();
     bool isKeptOff() const;
 
@@ -76,6 +77,8 @@ private:
     /// As asked for, until somebody else moves the window.
     QRectF m_frame;
     bool m_isPlacing = false;
+    /// Shown, and not yet seen.
+    bool m_isAppearing = false;
     bool m_isCut = false;
 };
 

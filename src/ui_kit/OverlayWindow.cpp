@@ -112,8 +112,12 @@ void OverlayWindow::orderFront() {
 }
 
 void OverlayWindow::sendBelowPanels() {
-    // To the back of those that the window manager keeps above others, which the panels are among.
+    // To the back of those that the window manager keeps above others, which the panels are among. Some (xfwm4) do not
+    // get the back quite right, so the panels also come to the front; and not what they hold to be there already, so
+    // this window goes before.
+    raise();
     lower();
+    raisePanelsExcept(*this);
     // Qt has told it a size of whole units of its own.
     placeInRoot(*this, rootRect());
 }

@@ -3,6 +3,7 @@
 #include "ui_kit/X11Session.h"
 
 #include <QEvent>
+#include <QGuiApplication>
 #include <QMetaObject>
 #include <QWindow>
 
@@ -24,6 +25,8 @@ void setNumbers(xcb_window_t window, const char* property, xcb_atom_t type, cons
 
 /// Tells window managers what a panel is, each time it is shown: they forget it when it is hidden.
 class PanelManners final : public QObject {
+    Q_OBJECT
+
 public:
     explicit PanelManners(QWindow& window) : QObject(&window), m_window(window) { window.installEventFilter(this); }
 
@@ -40,7 +43,8 @@ private:
         setNumbers(id, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {x11::atom("_NET_WM_WINDOW_TYPE_UTILITY")});
         // Qt adds its own states to those it finds.
         setNumbers(id, "_NET_WM_STATE", XCB_ATOM_ATOM,
-                   {x11::atom("_NET_WM_STATE_SKIP_TASKBAR"), x11::atom("_NET_WM_STATE_SKIP_PAGER")});
+                   {x11::atom("_NET_WM_STATE_SKIP_TASKBAR"), x11::atom("_NET_WM_STATE_SKIP_PAGER"),
+                    x11::atom("_NET_WM_STATE_STICKY")});
         // Without a frame, and with nothing to be done to it but these: who may maximise a window does so unasked when
         // it is as large as the screen.
         constexpr std::uint32_t tellsFunctionsAndFrame = 3;
@@ -51,8 +55,8 @@ private:
         xcb_delete_property(x11::connection(), id, x11::atom("_NET_WM_DESKTOP"));
     }
 
-    /// Asked of a window that is managed already: some misread what it says before (xfwm4 4.18 puts it on the last
-    /// desktop).
+    /// To be on all desktops is asked of a window that is managed already: some misread what it says before (xfwm4 4.18
+    /// puts it on the last one). Others (i3) look at the state alone.
     void afterShowing() {
         if (!m_window.isVisible())
             return;
@@ -140,6 +144,12 @@ void manageAsPanel(QWindow& window) {
         new PanelManners(window);
 }
 
+void raisePanelsExcept(const QWindow& window) {
+    for (QWindow* each : QGuiApplication::topLevelWindows())
+        if (each != &window && each->isExposed() && each->findChild<PanelManners*>({}, Qt::FindDirectChildrenOnly))
+            each->raise();
+}
+
 bool placeInRoot(QWindow& window, const QRect& rootPixels) {
     xcb_connection_t* const x = x11::connection();
     if (x == nullptr || rootPixels.isEmpty())
@@ -203,3 +213,5 @@ QImage takeScreenshot(const QRect& rootPixels) {
 }
 
 } // namespace keldra
+
+#include "X11WindowManagement.moc"

@@ -26,6 +26,8 @@ QRect rectOfRoot();
 /// desktop, in neither taskbar nor pager, never tiled or maximised, and for itself. (A Qt::Tool belongs to all other
 /// windows of the program, and some show and hide it with those.)
 void manageAsPanel(QWindow& window);
+/// All such windows that are on the screen, but for this one, come to the front, the newest last.
+void raisePanelsExcept(const QWindow& window);
 
 /// Moves the window to exactly these pixels, which Qt's rounded units may not be able to say. It may be hidden.
 /// Answers whether it did.

@@ -177,6 +177,9 @@ private:
                 say({{"cancelled", true}});
                 QCoreApplication::quit();
             });
+        // As its owner does.
+        if (m_panel)
+            m_panel->requestActivate();
     }
 
     void showEffects(bool highlight) {
