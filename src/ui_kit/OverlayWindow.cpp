@@ -66,6 +66,8 @@ OverlayWindow::OverlayWindow(const OverlayOptions& options, OverlayView& view, b
     setFlags(flagsFor(options));
     if (options.level == OverlayOptions::Level::belowPanels)
         manageAsPanel(*this);
+    // The name by which Qt tells the window manager to leave the keyboard where it is.
+    setProperty("_q_showWithoutActivating", true);
     watchDesktop();
 }
 
