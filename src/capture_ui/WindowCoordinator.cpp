@@ -114,6 +114,11 @@ void WindowCoordinator::show() {
     updateNoticePanel();
     updateRecordingTimerPanel(state);
     updatePostRecordingPanel();
+    focusControlPanel();
+}
+
+/// So that the keyboard is the program's, unless the settings have it.
+void WindowCoordinator::focusControlPanel() {
     if (m_parts.panels.control->isVisible() && !m_parts.panels.settings->isVisible())
         m_parts.panels.control->makeKeyAndOrderFront();
 }
@@ -133,10 +138,11 @@ QCoro::Task<std::optional<CaptureSelection>> WindowCoordinator::chooseSelection(
     const std::optional<CaptureSelection> selection = co_await select(mode, displayID);
     if (!alive)
         co_return std::nullopt;
+    // What comes later comes above.
+    updateSelectionPreview(m_model.recordingState(), selection);
     m_parts.panels.control->orderFront();
     updateWebcamPanel();
     updateSettingsPanel(m_model.recordingState());
-    updateSelectionPreview(m_model.recordingState(), selection);
     co_return selection;
 }
 

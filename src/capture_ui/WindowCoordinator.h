@@ -95,6 +95,7 @@ private:
     void keepControlPanelOnScreen();
 
     void updateSharingTypes(RecordingState state);
+    void focusControlPanel();
     void updateControlPanel(RecordingState state);
     void updateWebcamPanel();
     void updateSettingsPanel(RecordingState state);

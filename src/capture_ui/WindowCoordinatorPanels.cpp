@@ -206,6 +206,8 @@ void WindowCoordinator::updateSelectionPreview(RecordingState state, const std::
         });
     updateControlPanel(state);
     updateWebcamPanel();
+    // Its Escape is heard; and some window managers (i3) lift only what gets the keyboard above what has just come.
+    focusControlPanel();
 }
 
 void WindowCoordinator::layoutPanels() {

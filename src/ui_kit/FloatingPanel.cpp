@@ -104,14 +104,13 @@ FloatingPanel::FloatingPanel(PanelConfiguration configuration, UiKit& kit)
     : m_configuration(std::move(configuration))
     , m_kit(kit)
     , m_view(std::make_unique<View>(
-          kit.engine(), m_configuration.isMovable, [this] { applyShape(); }, [this] { placeRoot(); })) {
-    Qt::WindowFlags flags = Qt::Tool | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
+          kit.engine(), m_configuration.isMovable, [this] { exposed(); }, [this] { placeRoot(); })) {
+    Qt::WindowFlags flags = Qt::Window | Qt::FramelessWindowHint | Qt::WindowStaysOnTopHint;
     if (m_configuration.ignoresMouse)
         flags |= Qt::WindowTransparentForInput | Qt::WindowDoesNotAcceptFocus;
     m_view->setFlags(flags);
     m_view->setTitle(m_configuration.title);
-    showOnAllDesktops(*m_view);
-    keepOffTaskbar(*m_view);
+    manageAsPanel(*m_view);
     m_registration = std::make_unique<RegisteredWindow>(*m_view, kit.ownWindows(), m_configuration.identifier,
                                                         SharingType::readOnly);
     connect(m_view.get(), &QWindow::xChanged, this, &FloatingPanel::noteMove);
@@ -140,7 +139,7 @@ void FloatingPanel::place(const QRectF& frame) {
     m_frame = frame;
     m_isPlacing = true;
     if (!frame.isEmpty()) {
-        m_view->setGeometry(DesktopCoordinates::current().toQt(frame.adjusted(0, 0, 0, m_headroom)));
+        m_view->setGeometry(windowGeometry());
         keepSize(*m_view);
         placeRoot();
     }
@@ -157,7 +156,7 @@ void FloatingPanel::place(const QRectF& frame) {
 void FloatingPanel::noteMove() {
     const QPointF origin = DesktopCoordinates::current().toPoints(m_view->geometry()).topLeft();
     // Where the desktop places windows nobody tells us, and what Qt says of it is made up.
-    if (m_isPlacing || m_frame.isEmpty() || origin == m_frame.topLeft() || !canPlaceWindows())
+    if (m_isPlacing || m_isAppearing || m_frame.isEmpty() || origin == m_frame.topLeft() || !canPlaceWindows())
         return;
     m_frame.moveTopLeft(origin);
     Q_EMIT moved();
@@ -185,8 +184,14 @@ void FloatingPanel::appear(bool takesKeyboard) {
         showRoot(true, takesKeyboard);
         return;
     }
-    m_view->show();
-    m_view->raise();
+    // What comes to the screen comes above the others of its kind; and some window managers give the keyboard to
+    // whoever is raised.
+    if (m_view->isVisible()) {
+        m_view->raise();
+    } else {
+        m_isAppearing = true;
+        m_view->show();
+    }
     if (takesKeyboard)
         m_view->requestActivate();
 }
@@ -239,6 +244,10 @@ void FloatingPanel::showRoot(bool isShown, bool takesKeyboard) {
     m_host->applyShape();
 }
 
+QRect FloatingPanel::windowGeometry() const {
+    return DesktopCoordinates::current().toQt(m_frame.adjusted(0, 0, 0, m_headroom));
+}
+
 /// What the pointer finds of the window, in its own units, when the panel itself has that shape.
 QRegion FloatingPanel::placesOfClicks(const QRegion& shape) const {
     QRegion region = shape.translated(0, m_headroom);
@@ -246,6 +255,14 @@ QRegion FloatingPanel::placesOfClicks(const QRegion& shape) const {
         if (const QQuickItem* root = companion->m_view->rootObject(); root != nullptr && root->isVisible())
             region += root->mapRectToScene(root->boundingRect()).toAlignedRect();
     return region;
+}
+
+void FloatingPanel::exposed() {
+    applyShape();
+    // Some window managers (i3) shift a window by the frame that they then do not give it, a bit further each time that
+    // it is shown.
+    if (std::exchange(m_isAppearing, false))
+        m_view->setGeometry(windowGeometry());
 }
 
 void FloatingPanel::orderOut() {

@@ -68,10 +68,12 @@ private:
     void leave();
     void makeRoomFor(const FloatingPanel& companion);
     void placeRoot();
+    QRect windowGeometry() const;
     void showRoot(bool isShown, bool takesKeyboard);
     QRegion placesOfClicks(const QRegion& shape) const;
     void place(const QRectF& frame);
     void appear(bool takesKeyboard);
+    void exposed();
     void noteMove();
     bool isKeptOff() const;
 
@@ -85,6 +87,8 @@ private:
     /// As asked for, until somebody else moves the window.
     QRectF m_frame;
     bool m_isPlacing = false;
+    /// Shown, and not yet seen.
+    bool m_isAppearing = false;
     bool m_isCut = false;
     FloatingPanel* m_host = nullptr;
     QList<FloatingPanel*> m_companions;

@@ -65,10 +65,10 @@ OverlayWindow::OverlayWindow(const OverlayOptions& options, OverlayView& view, b
     setFormat(surface);
     setTitle(options.identifier);
     setFlags(flagsFor(options));
-    if (options.level == OverlayOptions::Level::belowPanels) {
-        showOnAllDesktops(*this);
-        keepOffTaskbar(*this);
-    }
+    if (options.level == OverlayOptions::Level::belowPanels)
+        manageAsPanel(*this);
+    // The name by which Qt tells the window manager to leave the keyboard where it is.
+    setProperty("_q_showWithoutActivating", true);
     watchDesktop();
 }
 
@@ -81,11 +81,10 @@ OverlayWindow::~OverlayWindow() {
 }
 
 Qt::WindowFlags OverlayWindow::flagsFor(const OverlayOptions& options) const {
-    Qt::WindowFlags flags = Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint;
-    if (options.level == OverlayOptions::Level::aboveAll)
-        flags |= Qt::Window | Qt::BypassWindowManagerHint | Qt::WindowStaysOnTopHint;
-    else
-        flags |= Qt::Tool | Qt::WindowStaysOnTopHint | Qt::WindowDoesNotAcceptFocus;
+    Qt::WindowFlags flags =
+        Qt::Window | Qt::FramelessWindowHint | Qt::NoDropShadowWindowHint | Qt::WindowStaysOnTopHint;
+    flags |=
+        options.level == OverlayOptions::Level::aboveAll ? Qt::BypassWindowManagerHint : Qt::WindowDoesNotAcceptFocus;
     if (options.letsClicksThrough)
         flags |= Qt::WindowTransparentForInput;
     return flags;
@@ -116,8 +115,12 @@ void OverlayWindow::orderFront() {
 }
 
 void OverlayWindow::sendBelowPanels() {
-    // To the back of those that the window manager keeps above others, which the panels are among.
+    // To the back of those that the window manager keeps above others, which the panels are among. Some (xfwm4) do not
+    // get the back quite right, so the panels also come to the front; and not what they hold to be there already, so
+    // this window goes before.
+    raise();
     lower();
+    raisePanelsExcept(*this);
     // Qt has told it a size of whole units of its own.
     placeInRoot(*this, rootRect());
 }

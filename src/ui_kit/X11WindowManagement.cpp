@@ -3,11 +3,12 @@
 #include "ui_kit/X11Session.h"
 
 #include <QEvent>
+#include <QGuiApplication>
+#include <QMetaObject>
 #include <QWindow>
 
 #include <algorithm>
 #include <cstring>
-#include <functional>
 #include <string>
 #include <xcb/randr.h>
 #include <xcb/shape.h>
@@ -17,27 +18,64 @@ namespace {
 
 constexpr std::uint32_t allDesktops = 0xffffffff;
 
-/// Runs something each time the window is about to be shown: a window manager forgets states of hidden windows.
-class BeforeShowing final : public QObject {
-public:
-    BeforeShowing(QWindow& window, std::function<void(xcb_window_t)> work) : QObject(&window), m_work(std::move(work)) {
-        window.installEventFilter(this);
-    }
-
-    bool eventFilter(QObject* watched, QEvent* event) override {
-        if (event->type() == QEvent::Show)
-            m_work(xcb_window_t(static_cast<QWindow*>(watched)->winId()));
-        return false;
-    }
-
-private:
-    std::function<void(xcb_window_t)> m_work;
-};
-
 void setNumbers(xcb_window_t window, const char* property, xcb_atom_t type, const std::vector<std::uint32_t>& values) {
     xcb_change_property(x11::connection(), XCB_PROP_MODE_REPLACE, window, x11::atom(property), type, 32,
                         std::uint32_t(values.size()), values.data());
 }
+
+/// Tells window managers what a panel is, each time it is shown: they forget it when it is hidden.
+class PanelManners final : public QObject {
+    Q_OBJECT
+
+public:
+    explicit PanelManners(QWindow& window) : QObject(&window), m_window(window) { window.installEventFilter(this); }
+
+    bool eventFilter(QObject*, QEvent* event) override {
+        if (event->type() == QEvent::Show) {
+            beforeShowing(xcb_window_t(m_window.winId()));
+            QMetaObject::invokeMethod(this, &PanelManners::afterShowing, Qt::QueuedConnection);
+        }
+        return false;
+    }
+
+private:
+    static void beforeShowing(xcb_window_t id) {
+        setNumbers(id, "_NET_WM_WINDOW_TYPE", XCB_ATOM_ATOM, {x11::atom("_NET_WM_WINDOW_TYPE_UTILITY")});
+        // Qt adds its own states to those it finds.
+        setNumbers(id, "_NET_WM_STATE", XCB_ATOM_ATOM,
+                   {x11::atom("_NET_WM_STATE_SKIP_TASKBAR"), x11::atom("_NET_WM_STATE_SKIP_PAGER"),
+                    x11::atom("_NET_WM_STATE_STICKY")});
+        // Without a frame, and with nothing to be done to it but these: who may maximise a window does so unasked when
+        // it is as large as the screen.
+        constexpr std::uint32_t tellsFunctionsAndFrame = 3;
+        constexpr std::uint32_t moveAndClose = 4 | 32;
+        setNumbers(id, "_MOTIF_WM_HINTS", x11::atom("_MOTIF_WM_HINTS"),
+                   {tellsFunctionsAndFrame, moveAndClose, 0, 0, 0});
+        // From its last time on the screen.
+        xcb_delete_property(x11::connection(), id, x11::atom("_NET_WM_DESKTOP"));
+    }
+
+    /// To be on all desktops is asked of a window that is managed already: some misread what it says before (xfwm4 4.18
+    /// puts it on the last one). Others (i3) look at the state alone.
+    void afterShowing() {
+        if (!m_window.isVisible())
+            return;
+        xcb_client_message_event_t wish{};
+        wish.response_type = XCB_CLIENT_MESSAGE;
+        wish.format = 32;
+        wish.window = xcb_window_t(m_window.winId());
+        wish.type = x11::atom("_NET_WM_DESKTOP");
+        wish.data.data32[0] = allDesktops;
+        constexpr std::uint32_t fromApplication = 1;
+        wish.data.data32[1] = fromApplication;
+        xcb_send_event(x11::connection(), 0, x11::root(),
+                       XCB_EVENT_MASK_SUBSTRUCTURE_REDIRECT | XCB_EVENT_MASK_SUBSTRUCTURE_NOTIFY,
+                       reinterpret_cast<const char*>(&wish));
+        xcb_flush(x11::connection());
+    }
+
+    QWindow& m_window;
+};
 
 /// Qt asks window managers for sizes in steps of its own units, which need not add up to what is wanted.
 void allowEveryPixel(xcb_window_t window) {
@@ -101,19 +139,15 @@ QRect rectOfRoot() {
     return whole ? QRect(0, 0, whole->width, whole->height) : QRect();
 }
 
-void showOnAllDesktops(QWindow& window) {
+void manageAsPanel(QWindow& window) {
     if (x11::connection() != nullptr)
-        new BeforeShowing(window,
-                          [](xcb_window_t id) { setNumbers(id, "_NET_WM_DESKTOP", XCB_ATOM_CARDINAL, {allDesktops}); });
+        new PanelManners(window);
 }
 
-void keepOffTaskbar(QWindow& window) {
-    if (x11::connection() != nullptr)
-        // Qt adds its own states to those it finds.
-        new BeforeShowing(window, [](xcb_window_t id) {
-            setNumbers(id, "_NET_WM_STATE", XCB_ATOM_ATOM,
-                       {x11::atom("_NET_WM_STATE_SKIP_TASKBAR"), x11::atom("_NET_WM_STATE_SKIP_PAGER")});
-        });
+void raisePanelsExcept(const QWindow& window) {
+    for (QWindow* each : QGuiApplication::topLevelWindows())
+        if (each != &window && each->isExposed() && each->findChild<PanelManners*>({}, Qt::FindDirectChildrenOnly))
+            each->raise();
 }
 
 bool placeInRoot(QWindow& window, const QRect& rootPixels) {
@@ -179,3 +213,5 @@ QImage takeScreenshot(const QRect& rootPixels) {
 }
 
 } // namespace keldra
+
+#include "X11WindowManagement.moc"

@@ -22,10 +22,12 @@ std::vector<QRect> rootRectsOfMonitors();
 /// All of the root window, its own pixels; empty elsewhere.
 QRect rectOfRoot();
 
-/// From its next showing on, the window is on every virtual desktop.
-void showOnAllDesktops(QWindow& window);
-/// From its next showing on, neither taskbar nor pager list the window.
-void keepOffTaskbar(QWindow& window);
+/// From its next showing on, window managers treat a frameless window of type Qt::Window as a panel: on every virtual
+/// desktop, in neither taskbar nor pager, never tiled or maximised, and for itself. (A Qt::Tool belongs to all other
+/// windows of the program, and some show and hide it with those.)
+void manageAsPanel(QWindow& window);
+/// All such windows that are on the screen, but for this one, come to the front, the newest last.
+void raisePanelsExcept(const QWindow& window);
 
 /// Moves the window to exactly these pixels, which Qt's rounded units may not be able to say. It may be hidden.
 /// Answers whether it did.

@@ -87,14 +87,14 @@ TEST_F(WindowCoordination, ShowsWhatEachMomentAsksFor) {
              model->setIsSelectionRequiredPresented(false);
              model->setCurrentSelection(wholeDisplay);
          },
-         "control", "required", false, true},
+         "control", "control", false, true},
         {"countdown",
          [this] {
              model->setIsSettingsPresented(true);
              overlays.countdowns.holds = true;
              press();
          },
-         "", "required", false, false},
+         "", "control", false, false},
         {"recording", [this] { overlays.countdowns.releaseAll(); }, "control webcam settings timer", "settings", true,
          false},
         {"settings away", [this] { model->setIsSettingsPresented(false); }, "control webcam timer", "settings", true,

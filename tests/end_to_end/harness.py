@@ -223,9 +223,15 @@ def numbers_of(path, origin=(0, 0)):
 
 def content_in_frame(window):
     """Where a window's content begins in its frame."""
-    said = subprocess.run(["xprop", "-id", str(window), "_NET_FRAME_EXTENTS"], check=True, stdout=subprocess.PIPE, text=True)
-    left, _, top, _ = (int(number) for number in said.stdout.split("=")[1].split(","))
-    return left, top
+    said = subprocess.run(["xwininfo", "-tree", "-id", str(window)], check=True, stdout=subprocess.PIPE, text=True).stdout
+    parent = int(re.search(r"Parent window id: (\w+)", said).group(1), 0)
+    root = int(re.search(r"Root window id: (\w+)", said).group(1), 0)
+    if parent == root:
+        return 0, 0
+    said = subprocess.run(["xwininfo", "-id", str(window)], check=True, stdout=subprocess.PIPE, text=True).stdout
+    x, y = (int(re.search(rf"Relative upper-left {axis}:\s+(-?\d+)", said).group(1)) for axis in "XY")
+    outer = content_in_frame(parent)
+    return x + outer[0], y + outer[1]
 
 
 def boxes(path):

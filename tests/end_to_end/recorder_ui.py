@@ -1,4 +1,5 @@
 """The recorder's windows, found by their titles and clicked with the mouse as a user would."""
+import os
 import subprocess
 
 from harness import until, xdotool
@@ -33,7 +34,8 @@ def gone(title):
 
 def click(title, place, times=1):
     x, y, _, _ = shown(title)
-    xdotool("mousemove", x + place[0], y + place[1])
+    factor = float(os.environ.get("QT_SCALE_FACTOR", 1))
+    xdotool("mousemove", x + round(place[0] * factor), y + round(place[1] * factor))
     for _ in range(times):
         xdotool("click", 1)
 

@@ -7,6 +7,7 @@ import unittest
 from agent import Agent, Home, owner, record_display
 from harness import plays, probe, until, xdotool
 from recorder_ui import gone, shown, window
+from session import Session
 
 
 VIDEO_DIALOG = "Choose a video to edit"
@@ -106,7 +107,9 @@ class AgentTest(AgentTestCase):
 class RecordingAgentTest(AgentTestCase):
     def setUp(self):
         super().setUp()
-        self.agent = self.start().is_found()
+        self.session = self.enterContext(Session())
+        self.agent = self.start(environment=self.session.environment).is_found()
+        self.session.hears("saved")
         self.file = record_display(self.home.recordings)
 
     def assertWhole(self):
@@ -129,6 +132,11 @@ class RecordingAgentTest(AgentTestCase):
     def test_two_signals_finish_it_too(self):
         self.agent.process.send_signal(signal.SIGTERM)
         self.agent.process.send_signal(signal.SIGINT)
+        self.assertEqual(self.agent.ended()[0], 0)
+        self.assertWhole()
+
+    def test_a_logout_finishes_it(self):
+        self.session.log_out()
         self.assertEqual(self.agent.ended()[0], 0)
         self.assertWhole()
 

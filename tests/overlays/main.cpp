@@ -78,11 +78,10 @@ public:
 class PanelStandIn final : public QRasterWindow {
 public:
     PanelStandIn() {
-        setFlags(Qt::FramelessWindowHint | Qt::Tool | Qt::WindowStaysOnTopHint);
+        setFlags(Qt::FramelessWindowHint | Qt::Window | Qt::WindowStaysOnTopHint);
         setTitle("panel");
         setGeometry(500, 700, 400, 80);
-        showOnAllDesktops(*this);
-        keepOffTaskbar(*this);
+        manageAsPanel(*this);
         show();
     }
     void paintEvent(QPaintEvent*) override { QPainter(this).fillRect(QRect({}, size()), QColor(0x40, 0x60, 0xd0)); }
@@ -178,6 +177,9 @@ private:
                 say({{"cancelled", true}});
                 QCoreApplication::quit();
             });
+        // As its owner does.
+        if (m_panel)
+            m_panel->requestActivate();
     }
 
     void showEffects(bool highlight) {

@@ -69,6 +69,7 @@ X11Connection::~X11Connection() {
 
 void X11Connection::readAtoms(int screenNumber) {
     const std::vector<std::pair<xcb_atom_t X11Atoms::*, std::string>> wanted{
+        {&X11Atoms::clientList, "_NET_CLIENT_LIST"},
         {&X11Atoms::clientListStacking, "_NET_CLIENT_LIST_STACKING"},
         {&X11Atoms::currentDesktop, "_NET_CURRENT_DESKTOP"},
         {&X11Atoms::frameExtents, "_GTK_FRAME_EXTENTS"},

@@ -19,6 +19,7 @@ using XcbPtr = std::unique_ptr<T, XcbFree>;
 
 /// The atoms that we read or compare.
 struct X11Atoms {
+    xcb_atom_t clientList;
     xcb_atom_t clientListStacking;
     xcb_atom_t currentDesktop;
     xcb_atom_t frameExtents;

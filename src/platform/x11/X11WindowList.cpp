@@ -125,7 +125,12 @@ std::optional<QRectF> X11WindowList::liveFrame(std::uint32_t windowID) const {
 
 std::vector<xcb_window_t> X11WindowList::stacking() const {
     const X11Connection& x = *m_connection;
+    const auto managedRequest = askProperty(x, x.root(), x.atoms().clientList);
     std::vector<xcb_window_t> windows = readNumbers(x, askProperty(x, x.root(), x.atoms().clientListStacking));
+    // The newest may not have been given a place yet (by xfwm4: not before anything is raised).
+    for (const xcb_window_t managed : readNumbers(x, managedRequest))
+        if (std::find(windows.begin(), windows.end(), managed) == windows.end())
+            windows.push_back(managed);
     if (windows.empty()) {
         const bool hasManager = !readNumbers(x, askProperty(x, x.root(), x.atoms().supportingWindowManager)).empty();
         const auto tree = x.reply(xcb_query_tree_reply, xcb_query_tree(x.raw(), x.root()));
