@@ -1,5 +1,6 @@
 #include "ui_kit/UiKit.h"
 
+#include "ui_kit/Box.h"
 #include "ui_kit/HintWindow.h"
 #include "ui_kit/Symbol.h"
 #include "ui_kit/X11WindowManagement.h"
@@ -32,6 +33,11 @@ void registerTypes() {
     static const bool isDone = [] {
         bringResources();
         qmlRegisterType<Symbol>(uri, 1, 0, "Symbol");
+        qmlRegisterAnonymousType<BoxBorder>(uri, 1);
+        if (QQuickWindow::sceneGraphBackend() == QLatin1String("software"))
+            qmlRegisterType<Box>(uri, 1, 0, "Box");
+        else
+            qmlRegisterType(QUrl(QStringLiteral("qrc:/qt/qml/Keldra/UiKit/RectangleBox.qml")), uri, 1, 0, "Box");
         qmlRegisterSingletonType<Theme>(uri, 1, 0, "Theme", &objectOfEngine<themeProperty>);
         qmlRegisterSingletonType<HintWindow>(uri, 1, 0, "Hints", &objectOfEngine<hintsProperty>);
         return true;

@@ -52,7 +52,7 @@ PanelGround {
                 }
             }
         }
-        Rectangle {
+        Box {
             anchors.verticalCenter: parent.verticalCenter
             width: 1; height: 36
             color: Theme.hairline

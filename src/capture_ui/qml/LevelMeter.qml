@@ -2,7 +2,7 @@ import QtQuick
 import Keldra.UiKit
 
 /// How loud the microphone is, from 0 to 1.
-Rectangle {
+Box {
     id: root
 
     property real level: 0
@@ -12,7 +12,7 @@ Rectangle {
     radius: 2
     color: Theme.fillHovered
 
-    Rectangle {
+    Box {
         anchors { left: parent.left; right: parent.right; bottom: parent.bottom }
         height: Math.round(Math.max(0, Math.min(1, root.level)) * parent.height)
         radius: 2

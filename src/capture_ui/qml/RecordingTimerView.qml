@@ -8,7 +8,7 @@ Item {
     required property var panel
     readonly property var outline: [{ x: 0, y: 0, width: width, height: height, radius: height / 2 }]
 
-    Rectangle {
+    Box {
         anchors.fill: parent
         radius: height / 2
         color: Theme.isTranslucent ? Qt.rgba(0, 0, 0, 0.6) : "black"

@@ -16,7 +16,7 @@ FocusScope {
 
     focus: true
 
-    Rectangle {
+    Box {
         id: bubble
         // Recordings look for the picture here.
         x: (root.width - width) / 2
@@ -41,7 +41,7 @@ FocusScope {
         property: "isWatched"
         value: root.Window.window !== null && root.Window.window.visible && bubble.visible
     }
-    Rectangle {
+    Box {
         id: bar
         anchors.horizontalCenter: parent.horizontalCenter
         y: bubble.visible ? bubble.y + bubble.height + 10 : (root.height - height) / 2

@@ -44,21 +44,21 @@ T.Slider {
         font.pixelSize: 12
     }
 
-    background: Rectangle {
+    background: Box {
         x: root.leftPadding
         y: root.topPadding + (root.availableHeight - height) / 2
         width: root.availableWidth
         height: 4
         radius: 2
         color: Theme.fillHovered
-        Rectangle {
+        Box {
             width: root.handle.x + root.handle.width / 2 - parent.x
             height: parent.height
             radius: 2
             color: Theme.accent
         }
     }
-    handle: Rectangle {
+    handle: Box {
         x: root.leftPadding + root.visualPosition * (root.availableWidth - width)
         y: root.topPadding + (root.availableHeight - height) / 2
         width: 16; height: 16

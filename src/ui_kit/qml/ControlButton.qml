@@ -26,7 +26,7 @@ T.Button {
         text: root.hint
     }
 
-    background: Rectangle {
+    background: Box {
         radius: root.radius
         color: root.down ? root.pressedFill : root.hovered && root.enabled ? root.hoveredFill : root.restingFill
         border { width: 1; color: root.edge }

@@ -3,7 +3,7 @@ import QtQuick.Templates as T
 import Keldra.UiKit
 
 /// Shows where the keyboard is. A child of the control.
-Rectangle {
+Box {
     property T.Control control: parent
     property real gap: 2
 

@@ -1,7 +1,7 @@
 import QtQuick
 import Keldra.UiKit
 
-Rectangle {
+Box {
     property string text
 
     implicitWidth: Math.ceil(Math.min(label.implicitWidth, 280)) + 20

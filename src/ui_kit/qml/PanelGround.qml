@@ -13,7 +13,7 @@ FocusScope {
     focus: true
     Keys.onEscapePressed: root.cancelled()
 
-    Rectangle {
+    Box {
         id: ground
         anchors.fill: parent
         radius: root.radius

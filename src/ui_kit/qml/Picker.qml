@@ -39,7 +39,7 @@ T.ComboBox {
         isForPointer: false
     }
 
-    background: Rectangle {
+    background: Box {
         radius: Theme.controlRadius
         color: root.pressed || root.popup.visible ? Theme.fillPressed : root.hovered ? Theme.fillHovered : Theme.fill
         Behavior on color { ColorAnimation { duration: Theme.motion } }
@@ -76,7 +76,7 @@ T.ComboBox {
             text: row.text
             color: row.index === root.current ? Theme.accent : Theme.text
         }
-        background: Rectangle {
+        background: Box {
             radius: 7
             color: row.highlighted ? Theme.fillHovered : "transparent"
         }
@@ -95,7 +95,7 @@ T.ComboBox {
             boundsBehavior: Flickable.StopAtBounds
             T.ScrollBar.vertical: ScrollMark {}
         }
-        background: Rectangle {
+        background: Box {
             radius: Theme.controlRadius
             color: Theme.menuGround
             border { width: 1; color: Theme.hairline }

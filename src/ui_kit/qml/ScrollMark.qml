@@ -10,7 +10,7 @@ T.ScrollBar {
     padding: 2
     minimumSize: 0.1
     visible: size < 1
-    contentItem: Rectangle {
+    contentItem: Box {
         implicitWidth: 4
         radius: 2
         color: root.pressed || root.hovered ? Theme.secondaryText : Theme.fillPressed

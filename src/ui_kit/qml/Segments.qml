@@ -25,12 +25,12 @@ Item {
     Accessible.role: Accessible.Grouping
     Accessible.name: hint
 
-    Rectangle {
+    Box {
         anchors.fill: parent
         radius: Theme.controlRadius
         color: Theme.fill
     }
-    Rectangle {
+    Box {
         readonly property real step: root.width / Math.max(1, root.labels.length)
         x: root.current * step + 2
         width: step - 4

@@ -33,7 +33,7 @@ T.AbstractButton {
             anchors { left: parent.left; right: rail.left; rightMargin: 10; verticalCenter: parent.verticalCenter }
             text: root.text
         }
-        Rectangle {
+        Box {
             id: rail
             anchors { right: parent.right; verticalCenter: parent.verticalCenter }
             width: 36; height: 20
@@ -41,7 +41,7 @@ T.AbstractButton {
             color: root.isOn ? root.hovered ? Qt.lighter(Theme.accent, 1.08) : Theme.accent
                              : root.hovered ? Theme.fillPressed : Theme.fillHovered
             Behavior on color { ColorAnimation { duration: Theme.motion } }
-            Rectangle {
+            Box {
                 x: root.isOn ? parent.width - width - 2 : 2
                 anchors.verticalCenter: parent.verticalCenter
                 width: 16; height: 16

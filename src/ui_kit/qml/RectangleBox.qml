@@ -1,0 +1,4 @@
+import QtQuick
+
+/// The Box of renderers that draw with a graphics card.
+Rectangle {}
