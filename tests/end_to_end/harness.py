@@ -38,6 +38,12 @@ def until(condition, what, seconds=DEADLINE):
     return value
 
 
+def wait(seconds):
+    """Lets the world outside go on."""
+    end = time.monotonic() + seconds
+    until(lambda: time.monotonic() > end, "passing of time", seconds + DEADLINE)
+
+
 def run(*arguments, environment=None):
     """Runs keldra to its end; status, standard output and standard error."""
     done = subprocess.run([KELDRA, *map(str, arguments)], stdin=subprocess.DEVNULL, capture_output=True, text=True,

@@ -2,7 +2,7 @@
 import os
 import subprocess
 
-from harness import until, xdotool
+from harness import until, wait, xdotool
 
 # Where the controls are, in points from each panel's upper left corner.
 CONTROL = {"quit": (18, 38), "record": (83, 38), "area": (169, 38), "window": (233, 38), "display": (297, 38),
@@ -60,10 +60,11 @@ def pick_area(begin, end):
 
 
 def start_recording():
-    """Through the countdown."""
+    """Through the countdown, and until there is something to keep."""
     press("record")
     shown("countdown")
     shown("Recording time")
+    wait(1)
 
 
 def stop_recording():

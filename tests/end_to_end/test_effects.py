@@ -1,23 +1,16 @@
 """Clicks and the pointer in a recording: their sound, and what is drawn around them, judged by the file."""
 import subprocess
-import time
 
 import numpy
 
 from harness import (DisplayMode, Recording, Scene, TestCase, content_in_frame, numbers_of, onsets, pictures, run, sound,
-                     stamps, until, xdotool)
+                     stamps, until, wait, xdotool)
 
 GREY = 0x60
 # A place of the scene that is flat grey, for 50 pixels around.
 SPOT = (700, 200)
 # A picture is stamped when it was taken, and drawn on a little later, on a busy machine by as many seconds.
 LATE = 0.12
-
-
-def wait(seconds):
-    """Lets the world outside go on."""
-    end = time.monotonic() + seconds
-    until(lambda: time.monotonic() > end, "passing of time")
 
 
 def click(scene, button=1):

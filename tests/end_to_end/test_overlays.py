@@ -27,6 +27,7 @@ class Overlay:
         self.windows = self.said()["up"]
 
     def said(self):
+        until(lambda: self.has_said(0.1), "word from keldra_overlays")
         line = self._process.stdout.readline()
         if not line:
             raise AssertionError(f"keldra_overlays ended with {self._process.wait()}")

@@ -1,11 +1,10 @@
 """From the tray to a finished file with nothing but a mouse."""
 import configparser
 import subprocess
-import time
 
 from agent import Agent, Home
 from devices import Device
-from harness import Scene, TestCase, content_in_frame, numbers_of, pictures, plays, probe, until, xdotool
+from harness import Scene, TestCase, content_in_frame, numbers_of, pictures, plays, probe, until, wait, xdotool
 from recorder_ui import (CONTROL, SETTINGS, click, drag, gone, pick_area, press, shown, start_recording, stop_recording,
                          window)
 
@@ -47,10 +46,6 @@ class RecorderUITest(TestCase):
         """How far anything in it is from the scene's ground."""
         return abs(picture.astype(int) - GROUND).max()
 
-    def wait(self, seconds):
-        end = time.monotonic() + seconds
-        until(lambda: time.monotonic() > end, "end of the wait")
-
     def test_an_area_is_picked_adjusted_recorded_and_kept(self):
         with Device("microphone"), Device("camera"):
             pick_area((300, 200), (700, 500))
@@ -61,7 +56,7 @@ class RecorderUITest(TestCase):
             press("microphone")
             press("camera")
             shown("Camera")
-            self.wait(1.5)
+            wait(1.5)
             stop_recording()
             path = self.taken()
             press("camera")
@@ -82,11 +77,11 @@ class RecorderUITest(TestCase):
             start_recording()
             press("settings")
             shown("Settings")
-            self.wait(1)
+            wait(1)
             press("settings")
             gone("Settings")
             xdotool("mousemove", 1400, 700)
-            self.wait(1)
+            wait(1)
             stop_recording()
             path = self.taken()
         self.assertEqual(self.size(path), (1920, 1080))
@@ -102,7 +97,6 @@ class RecorderUITest(TestCase):
             gone("selection-overlay")
             shown("selection-preview")
             start_recording()
-            self.wait(1)
             stop_recording()
             path = self.taken()
         numbers = numbers_of(path, origin)
@@ -156,7 +150,6 @@ class RecorderUITest(TestCase):
     def test_a_signal_in_mid_recording_finishes_the_file(self):
         pick_area((300, 200), (700, 500))
         start_recording()
-        self.wait(1)
         self.assertEqual(self.agent.end()[0], 0)
         self.assertEqual(len(self.files()), 1)
         self.assertTrue(plays(self.files()[0]))
@@ -175,7 +168,7 @@ class RecorderUITest(TestCase):
                 continue
             press(name, times=2)
             xdotool("key", "Escape", "key", "Escape")
-            self.wait(0.3)
+            wait(0.3)
             xdotool("key", "Escape")
             gone("selection-overlay")
             self.assertIsNone(self.agent.process.poll(), name)
