@@ -274,6 +274,7 @@ class PreviewTest(OverlayTest):
                     overlay.said()
                     self.assertEqual(scene.clicks, [])
 
+    @unittest.skipIf(os.environ.get("KELDRA_TEST_WM") == "i3", "i3 gives whatever is new the keyboard; our panels take it back")
     def test_escape_is_heard_while_a_window_of_ours_has_the_keyboard(self):
         with Scene("--managed", "--geometry", "700x500+150+400", "--still") as scene:
             with Overlay("--focused-panel", "preview-display", 1) as overlay:

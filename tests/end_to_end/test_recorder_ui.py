@@ -161,6 +161,10 @@ class RecorderUITest(TestCase):
         drag((300, 200), (316, 300))
         gone("selection-overlay")
         self.assertIsNone(window("selection-preview"))
+        # One that is taken back at once.
+        pick_area((300, 200), (700, 500))
+        xdotool("key", "Escape")
+        gone("selection-preview")
         press("record")
         shown("Nothing selected")
         for name in CONTROL:
