@@ -29,7 +29,7 @@ SAVE_LOCAL, SAVE_BOTH, INTERACT_NONE, INTERACT_ANY = 1, 2, 0, 2
 
 class Session:
     """Programs started with `environment` belong to it while the context lasts. They wait for its answers, so it lives in a thread,
-    the only one that calls the libraries."""
+    the only one that calls the libraries. One in a process: they keep the first one's callbacks for good."""
 
     def __init__(self):
         self.said = []

@@ -104,12 +104,9 @@ class AgentTest(AgentTestCase):
             agent.end()
 
 
-class RecordingAgentTest(AgentTestCase):
-    def setUp(self):
-        super().setUp()
-        self.session = self.enterContext(Session())
-        self.agent = self.start(environment=self.session.environment).is_found()
-        self.session.hears("saved")
+class RecordingTestCase(AgentTestCase):
+    def record(self, **options):
+        self.agent = self.start(**options).is_found()
         self.file = record_display(self.home.recordings)
 
     def assertWhole(self):
@@ -120,6 +117,12 @@ class RecordingAgentTest(AgentTestCase):
         # An ordinary movie, no growing one, begins with its index or ends with it.
         self.assertNotIn(b"moof", self.file.read_bytes())
         self.assertFalse((self.home.data / "KELDRA/RecordingRecovery").exists())
+
+
+class RecordingAgentTest(RecordingTestCase):
+    def setUp(self):
+        super().setUp()
+        self.record()
 
     def test_a_signal_finishes_the_recording_without_windows(self):
         self.agent.process.send_signal(signal.SIGTERM)
@@ -135,11 +138,6 @@ class RecordingAgentTest(AgentTestCase):
         self.assertEqual(self.agent.ended()[0], 0)
         self.assertWhole()
 
-    def test_a_logout_finishes_it(self):
-        self.session.log_out()
-        self.assertEqual(self.agent.ended()[0], 0)
-        self.assertWhole()
-
     def test_another_start_leaves_it_alone(self):
         movie = self.home.path / "a movie.mov"
         movie.write_bytes(b"")
@@ -150,6 +148,16 @@ class RecordingAgentTest(AgentTestCase):
         self.assertIsNotNone(window("Recording time"))
         self.assertEqual(self.agent.end()[0], 0)
         self.assertWhole()
+
+
+class LogoutTest(RecordingTestCase):
+    def test_it_finishes_the_recording(self):
+        with Session() as session:
+            self.record(environment=session.environment)
+            session.hears("saved")
+            session.log_out()
+            self.assertEqual(self.agent.ended()[0], 0)
+            self.assertWhole()
 
 
 if __name__ == "__main__":
