@@ -5,10 +5,14 @@
 #include "platform/qt/QtWorkspace.h"
 #include "platform/qt/SettingsCommand.h"
 
+#include <QCoreApplication>
+#include <QDBusUnixFileDescriptor>
 #include <QDBusVariant>
 #include <QDesktopServices>
 
 #include <gtest/gtest.h>
+#include <poll.h>
+#include <unistd.h>
 
 namespace keldra {
 namespace {
@@ -72,22 +76,63 @@ TEST(SettingsCommandTest, IsThatOfTheDesktop) {
 }
 
 TEST(DBusSleepInhibitorTest, HoldsWhatItIsGivenAndGivesItBack) {
-    FakeService saver("org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver",
-                      [](const QDBusMessage&) { return QVariantList{quint32(77)}; });
-    const auto members = [&] {
-        QStringList names;
-        for (const QDBusMessage& call : saver.calls)
-            names.append(call.member());
-        return names;
+    const struct {
+        const char* name;
+        const char* path;
+        const char* interface;
+    } rows[] = {
+        {"org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver"},
+        {"org.freedesktop.PowerManagement", "/org/freedesktop/PowerManagement/Inhibit",
+         "org.freedesktop.PowerManagement.Inhibit"},
     };
-    DBusSleepInhibitor inhibitor;
-    SleepInhibitor::Hold hold = inhibitor.inhibit("recording");
-    ASSERT_TRUE(runUntil([&] { return !saver.calls.isEmpty(); }));
-    EXPECT_EQ(saver.calls.first().arguments().last(), "recording");
-    // The answer is on its way here; one that is let go meanwhile is given back as well.
-    hold.reset();
-    ASSERT_TRUE(runUntil([&] { return members() == QStringList({"Inhibit", "UnInhibit"}); }));
-    EXPECT_EQ(saver.calls.last().arguments(), QVariantList{quint32(77)});
+    for (const auto& [name, path, interface] : rows) {
+        FakeService service(name, path, [](const QDBusMessage&) { return QVariantList{quint32(77)}; });
+        DBusSleepInhibitor inhibitor;
+        SleepInhibitor::Hold hold = inhibitor.inhibit("recording");
+        ASSERT_TRUE(runUntil([&] { return !service.calls.isEmpty(); })) << name;
+        // The answer is on its way here; one that is let go meanwhile is given back as well.
+        hold.reset();
+        ASSERT_TRUE(runUntil([&] { return service.calls.size() == 2; })) << name;
+        const QDBusMessage inhibit = service.calls.first();
+        EXPECT_EQ(inhibit.interface(), interface);
+        EXPECT_EQ(inhibit.member(), "Inhibit");
+        EXPECT_EQ(inhibit.arguments().last(), "recording");
+        const QDBusMessage release = service.calls.last();
+        EXPECT_EQ(release.interface(), interface);
+        EXPECT_EQ(release.member(), "UnInhibit");
+        EXPECT_EQ(release.arguments(), QVariantList{quint32(77)});
+    }
+}
+
+TEST(DBusSleepInhibitorTest, KeepsTheLoginManagersLockOpen) {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    const auto isLetGo = [&] {
+        pollfd reader{ends[0], POLLIN, 0};
+        return poll(&reader, 1, 0) == 1 && (reader.revents & POLLHUP) != 0;
+    };
+    {
+        FakeService manager("org.freedesktop.login1", "/org/freedesktop/login1", [&](const QDBusMessage&) {
+            const QDBusUnixFileDescriptor lock(ends[1]);
+            close(ends[1]);
+            return QVariantList{QVariant::fromValue(lock)};
+        });
+        DBusSleepInhibitor inhibitor;
+        SleepInhibitor::Hold hold = inhibitor.inhibit("recording");
+        ASSERT_TRUE(runUntil([&] { return !manager.calls.isEmpty(); }));
+        EXPECT_EQ(manager.calls.first().interface(), "org.freedesktop.login1.Manager");
+        EXPECT_EQ(manager.calls.first().arguments().first(), "idle:sleep");
+        EXPECT_EQ(manager.calls.first().arguments().last(), "block");
+        // The answer to this comes behind the lock.
+        const auto bus = QDBusConnection::systemBus();
+        (void)bus.call(QDBusMessage::createMethodCall("org.freedesktop.login1", "/org/freedesktop/login1",
+                                                      "org.freedesktop.DBus.Peer", "Ping"));
+        QCoreApplication::processEvents();
+        EXPECT_FALSE(isLetGo());
+        hold.reset();
+        EXPECT_TRUE(runUntil(isLetGo));
+    }
+    close(ends[0]);
 }
 
 TEST(PortalPermissionsTest, GrantsWhereAPortalCastsScreens) {

@@ -15,19 +15,20 @@ constexpr std::chrono::seconds patience{25};
 
 /// Somebody who counts programs that want to stay awake by a number each.
 struct CookieService {
-    const char* service;
+    const char* name;
     const char* path;
+    const char* interface;
 };
 
 constexpr CookieService cookieServices[] = {
-    {"org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver"},
-    {"org.freedesktop.PowerManagement.Inhibit", "/org/freedesktop/PowerManagement/Inhibit"},
+    {"org.freedesktop.ScreenSaver", "/org/freedesktop/ScreenSaver", "org.freedesktop.ScreenSaver"},
+    {"org.freedesktop.PowerManagement", "/org/freedesktop/PowerManagement/Inhibit",
+     "org.freedesktop.PowerManagement.Inhibit"},
 };
 
 QDBusMessage method(const CookieService& to, const char* name, const QVariantList& arguments) {
-    const QString service = QString::fromLatin1(to.service);
-    auto call =
-        QDBusMessage::createMethodCall(service, QString::fromLatin1(to.path), service, QString::fromLatin1(name));
+    auto call = QDBusMessage::createMethodCall(QString::fromLatin1(to.name), QString::fromLatin1(to.path),
+                                               QString::fromLatin1(to.interface), QString::fromLatin1(name));
     call.setArguments(arguments);
     return call;
 }
