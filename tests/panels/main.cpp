@@ -4,6 +4,7 @@
 //   keldra_panels MOMENT          shows one until it is killed; writes a line once it is drawn
 //   KELDRA_PANELS_NAME=notice     ... and gives that panel the keyboard
 
+#include "launch/Translations.h"
 #include "panels/PanelStage.h"
 
 #include <QGuiApplication>
@@ -16,6 +17,7 @@ int main(int argc, char** argv) {
     using namespace std::chrono_literals;
     keldra::UiKit::chooseRenderer();
     QGuiApplication application(argc, argv);
+    keldra::installTranslations();
     QGuiApplication::setQuitOnLastWindowClosed(false);
     keldra::test::PanelStage stage;
     const QSizeF screen = application.primaryScreen()->geometry().size();
