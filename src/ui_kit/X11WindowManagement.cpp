@@ -164,27 +164,41 @@ bool placeInRoot(QWindow& window, const QRect& rootPixels) {
     return true;
 }
 
-static void setShape(QWindow& window, xcb_shape_sk_t kind, const QRegion& pixels) {
-    xcb_connection_t* const x = x11::connection();
-    if (x == nullptr || !x11::hasExtension(xcb_shape_id))
-        return;
+static void setShape(xcb_window_t window, xcb_shape_sk_t kind, const QRegion& pixels, QPoint offset = {}) {
     std::vector<xcb_rectangle_t> rects;
     rects.reserve(std::size_t(pixels.rectCount()));
     for (const QRect& rect : pixels)
         rects.push_back({std::int16_t(rect.x()), std::int16_t(rect.y()), std::uint16_t(rect.width()),
                          std::uint16_t(rect.height())});
     // A QRegion's rectangles are sorted this way.
-    xcb_shape_rectangles(x, XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_YX_BANDED, xcb_window_t(window.winId()), 0, 0,
-                         std::uint32_t(rects.size()), rects.data());
-    xcb_flush(x);
+    xcb_shape_rectangles(x11::connection(), XCB_SHAPE_SO_SET, kind, XCB_CLIP_ORDERING_YX_BANDED, window,
+                         std::int16_t(offset.x()), std::int16_t(offset.y()), std::uint32_t(rects.size()), rects.data());
 }
 
 void cutToShape(QWindow& window, const QRegion& pixels) {
-    setShape(window, XCB_SHAPE_SK_BOUNDING, pixels);
+    xcb_connection_t* const x = x11::connection();
+    if (x == nullptr || !x11::hasExtension(xcb_shape_id))
+        return;
+    setShape(xcb_window_t(window.winId()), XCB_SHAPE_SK_BOUNDING, pixels);
+    xcb_flush(x);
 }
 
 void takeClicksOnlyIn(QWindow& window, const QRegion& pixels) {
-    setShape(window, XCB_SHAPE_SK_INPUT, pixels);
+    xcb_connection_t* const x = x11::connection();
+    if (x == nullptr || !x11::hasExtension(xcb_shape_id))
+        return;
+    QPoint offset;
+    for (auto each = xcb_window_t(window.winId());;) {
+        setShape(each, XCB_SHAPE_SK_INPUT, pixels, offset);
+        const auto place = xcb_get_geometry(x, each);
+        const x11::Ptr<xcb_query_tree_reply_t> tree(xcb_query_tree_reply(x, xcb_query_tree(x, each), nullptr));
+        const x11::Ptr<xcb_get_geometry_reply_t> inside(xcb_get_geometry_reply(x, place, nullptr));
+        if (!tree || !inside || tree->parent == tree->root || tree->parent == XCB_WINDOW_NONE)
+            break;
+        offset += QPoint(inside->x + inside->border_width, inside->y + inside->border_width);
+        each = tree->parent;
+    }
+    xcb_flush(x);
 }
 
 QImage takeScreenshot(const QRect& rootPixels) {

@@ -34,9 +34,9 @@ void raisePanelsExcept(const QWindow& window);
 bool placeInRoot(QWindow& window, const QRect& rootPixels);
 /// Cuts the window out along that region, in pixels from its upper left corner; nothing of an empty region shows.
 void cutToShape(QWindow& window, const QRegion& pixels);
-/// The pointer sees the window, and the frame that a window manager has put around it, only in that region, in the same
-/// pixels. Ask again when the window has been shown: some window managers copy to the frame only what changes while
-/// they manage the window, and Qt's flag for windows that let clicks through comes too early for them.
+/// The pointer sees the window, and the frames that a window manager has put around it, only in that region, in the same
+/// pixels. Ask again when the window has been shown: not all window managers pass on to their frames what they find, and
+/// Qt's flag for windows that let clicks through speaks of the window alone.
 void takeClicksOnlyIn(QWindow& window, const QRegion& pixels);
 /// What that part of the screen shows now, without the pointer; null elsewhere, or when the server does not answer.
 QImage takeScreenshot(const QRect& rootPixels);
