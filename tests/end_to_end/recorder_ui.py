@@ -32,6 +32,26 @@ def gone(title):
     until(lambda: window(title) is None, f"end of the window \"{title}\"")
 
 
+def has_keyboard(title):
+    """What is typed goes to the window of that title, from now on."""
+    def focused():
+        return subprocess.run(["xdotool", "getwindowfocus", "getwindowname"], stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, text=True).stdout.strip()
+    until(lambda: focused() == title, f"keyboard for the window \"{title}\"")
+
+
+def escape(title):
+    """Leaves a window that has the keyboard, or is about to get it."""
+    has_keyboard(title)
+    xdotool("key", "Escape")
+    gone(title)
+
+
+def escape_selection():
+    """Leaves the selection, which takes the keyboard from whoever has it as soon as that one lets go."""
+    until(lambda: window("selection-overlay") is None or xdotool("key", "Escape") or wait(0.2), "end of the selection")
+
+
 def click(title, place, times=1):
     x, y, _, _ = shown(title)
     factor = float(os.environ.get("QT_SCALE_FACTOR", 1))

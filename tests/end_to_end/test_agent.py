@@ -6,7 +6,7 @@ import unittest
 
 from agent import Agent, Home, owner, record_display
 from harness import plays, probe, until, xdotool
-from recorder_ui import gone, shown, window
+from recorder_ui import escape, gone, has_keyboard, shown, window
 from session import Session
 
 
@@ -64,10 +64,10 @@ class AgentTest(AgentTestCase):
     def test_a_key_opens_a_video(self):
         self.start().is_found()
         shown("KELDRA")
+        has_keyboard("KELDRA")
         xdotool("key", "ctrl+o")
         shown(VIDEO_DIALOG)
-        xdotool("key", "Escape")
-        gone(VIDEO_DIALOG)
+        escape(VIDEO_DIALOG)
 
     def test_copies_that_start_at_once_leave_one(self):
         copies = [self.start() for _ in range(3)]

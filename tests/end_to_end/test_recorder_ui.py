@@ -5,8 +5,8 @@ import subprocess
 from agent import Agent, Home
 from devices import Device
 from harness import Scene, TestCase, content_in_frame, numbers_of, pictures, plays, probe, until, wait, xdotool
-from recorder_ui import (CONTROL, SETTINGS, click, drag, gone, pick_area, press, shown, start_recording, stop_recording,
-                         window)
+from recorder_ui import (CONTROL, SETTINGS, click, drag, escape, escape_selection, gone, has_keyboard, pick_area, press, shown,
+                         start_recording, stop_recording, window)
 
 GROUND = 0x60
 
@@ -121,15 +121,13 @@ class RecorderUITest(TestCase):
         # A dialog that is cancelled changes nothing and brings the settings back.
         click("Settings", SETTINGS["save to"])
         shown("Recording folder")
-        xdotool("key", "Escape")
-        gone("Recording folder")
+        escape("Recording folder")
         shown("Settings")
         self.assertEqual(self.settings()["outputDirectoryPath"], str(self.home.recordings))
         # A click elsewhere closes them.
         press("area")
         shown("selection-overlay")
-        xdotool("key", "Escape")
-        gone("selection-overlay")
+        escape_selection()
         self.assertIsNone(window("Settings"))
 
     def test_quitting_in_mid_recording_asks_and_finishes_the_file(self):
@@ -163,6 +161,7 @@ class RecorderUITest(TestCase):
         self.assertIsNone(window("selection-preview"))
         # One that is taken back at once.
         pick_area((300, 200), (700, 500))
+        has_keyboard("KELDRA")
         xdotool("key", "Escape")
         gone("selection-preview")
         press("record")
@@ -172,9 +171,8 @@ class RecorderUITest(TestCase):
                 continue
             press(name, times=2)
             xdotool("key", "Escape", "key", "Escape")
-            wait(0.3)
-            xdotool("key", "Escape")
-            gone("selection-overlay")
+            wait(0.5)
+            escape_selection()
             self.assertIsNone(self.agent.process.poll(), name)
         shown("KELDRA")
         self.assertEqual(self.files(), [])
