@@ -149,7 +149,12 @@ void StreamRecordingSession::handleFrame(ScreenFrame frame) {
         return;
 
     const MediaTime time = stamp(frame.time);
-    m_latestSourceFrame = croppedFrame(frame.pixels);
+    PixelBuffer source = croppedFrame(frame.pixels);
+    if (!source) {
+        ++m_droppedFrameCount;
+        return;
+    }
+    m_latestSourceFrame = std::move(source);
     const FrameOverlays overlays = readOverlays(false);
     const PixelBuffer decorated = m_decorator.decorated(m_latestSourceFrame, overlays);
     if (!append(decorated ? decorated : m_latestSourceFrame, time, decorated && showsBubble(overlays)))
@@ -192,6 +197,7 @@ MediaTime StreamRecordingSession::stamp(MediaTime time) const {
     return time;
 }
 
+/// Null when too many pictures are on their way.
 PixelBuffer StreamRecordingSession::croppedFrame(const PixelBuffer& picture) {
     PixelRect crop{0, 0, m_parts.outputWidth, m_parts.outputHeight};
     if (const auto* region = std::get_if<RegionSelection>(&m_parts.selection)) {
