@@ -153,6 +153,7 @@ void OverlayWindow::place() {
 }
 
 void OverlayWindow::takeKeyboard() {
+    qGuiApp->installEventFilter(this);
     if (!setKeyboardGrabEnabled(true))
         m_keyboardRetry = m_scheduler.after(keyboardRetryInterval, [this] { takeKeyboard(); });
 }
@@ -211,6 +212,14 @@ void OverlayWindow::mouseMoveEvent(QMouseEvent* event) {
 void OverlayWindow::mouseReleaseEvent(QMouseEvent* event) {
     if (event->button() == Qt::LeftButton)
         m_view.mouseReleased(pointOf(*event));
+}
+
+/// Qt gives keys that this window holds to another one of ours that got the focus since.
+bool OverlayWindow::eventFilter(QObject* receiver, QEvent* event) {
+    if (event->type() != QEvent::KeyPress || !receiver->isWindowType() || receiver == this)
+        return QRasterWindow::eventFilter(receiver, event);
+    keyPressEvent(static_cast<QKeyEvent*>(event));
+    return true;
 }
 
 void OverlayWindow::keyPressEvent(QKeyEvent* event) {

@@ -37,6 +37,7 @@ protected:
     void mouseMoveEvent(QMouseEvent* event) override;
     void mouseReleaseEvent(QMouseEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
+    bool eventFilter(QObject* receiver, QEvent* event) override;
 
 private:
     Qt::WindowFlags flagsFor(const OverlayOptions& options) const;

@@ -169,9 +169,14 @@ class RegionTest(OverlayTest):
 
 
     def test_escape_is_heard_while_a_panel_of_ours_has_the_keyboard(self):
-        with Overlay("--focused-panel", "region") as overlay:
-            xdotool("key", "Escape")
-            self.assertEqual(overlay.said(), {"cancelled": True})
+        with Scene("--managed", "--geometry", "640x400+100+100", "--still") as scene:
+            with Overlay("--focused-panel", "region") as overlay:
+                xdotool("key", "Escape")
+                self.assertEqual(overlay.said(), {"cancelled": True})
+            with Overlay("--focused-panel", "region") as overlay:
+                # It comes to the panel only now.
+                xdotool("windowfocus", "--sync", scene.window, "windowfocus", "--sync", overlay.windows["panel"], "key", "Escape")
+                self.assertEqual(overlay.said(), {"cancelled": True})
 
     def test_the_keyboard_is_taken_as_soon_as_another_program_lets_go_of_it(self):
         with Overlay("region") as first, Overlay("region") as second:
