@@ -87,8 +87,12 @@ void setX264Options(const H264Settings& settings, Options& options) {
     constexpr std::int64_t largePicture = std::int64_t(1) << 25;
     if (std::int64_t(settings.width) * settings.height > largePicture)
         options.set("x264-params", "rc-lookahead=3:sync-lookahead=0:bframes=1");
-    if (settings.isLive)
+    // Its own average counts pictures, and starves a screen that seldom changes.
+    if (settings.isLive) {
         options.set("tune", "zerolatency");
+        if (settings.averageBitRate)
+            options.set("crf", std::to_string(BitBudget(*settings.averageBitRate).rateFactorAt(0)));
+    }
     if (settings.constantRateFactor)
         options.set("crf", std::to_string(*settings.constantRateFactor));
 }
@@ -132,7 +136,9 @@ Result<std::unique_ptr<H264Encoder>> H264Encoder::open(const H264Settings& setti
     context->color_primaries = AVCOL_PRI_BT709;
     context->color_trc = AVCOL_TRC_BT709;
     context->chroma_sample_location = AVCHROMA_LOC_CENTER;
-    if (settings.averageBitRate)
+    const bool isBudgeted =
+        settings.implementation == H264Implementation::x264 && settings.isLive && settings.averageBitRate;
+    if (settings.averageBitRate && !isBudgeted)
         context->bit_rate = *settings.averageBitRate;
 
     Options options;
@@ -145,7 +151,10 @@ Result<std::unique_ptr<H264Encoder>> H264Encoder::open(const H264Settings& setti
         answer = avcodec_open2(context.get(), codec, options.get());
     if (answer < 0)
         return fail(libavError(answer, encoderName));
-    return std::unique_ptr<H264Encoder>(new H264Encoder(std::move(context)));
+    std::unique_ptr<H264Encoder> encoder(new H264Encoder(std::move(context)));
+    if (isBudgeted)
+        encoder->m_budget.emplace(*settings.averageBitRate);
+    return encoder;
 }
 
 H264Encoder::H264Encoder(CodecContextPtr codec)
@@ -169,6 +178,10 @@ Result<void> H264Encoder::encode(const PixelBuffer& picture, std::int64_t stamp,
         wrapPicture(picture);
     else
         TRY(convertFrame(picture));
+    // libavcodec takes it on from here.
+    if (m_budget)
+        av_opt_set_double(m_codec->priv_data, "crf", m_budget->rateFactorAt(double(stamp) * av_q2d(m_codec->time_base)),
+                          0);
     m_frame->pts = stamp;
     m_frame->pict_type = asKeyFrame ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
     m_frame->color_range = m_codec->color_range;
@@ -236,6 +249,8 @@ Result<void> H264Encoder::receive(const PacketSink& sink) {
             return {};
         if (answer < 0)
             return fail(libavError(answer, encoderName));
+        if (m_budget)
+            m_budget->spend(std::int64_t(m_packet->size) * 8);
         Result<void> taken = sink(*m_packet);
         av_packet_unref(m_packet.get());
         TRY(taken);

@@ -2,6 +2,7 @@
 
 #include "base/Result.h"
 #include "imaging/PixelBuffer.h"
+#include "media/BitBudget.h"
 #include "media/Libav.h"
 #include "media/MovieMuxer.h"
 
@@ -26,6 +27,7 @@ struct H264Settings {
     AVRational timeBase{1, 1};
     /// What the stream says of its pace; a hint where stamps are irregular.
     AVRational frameRate{60, 1};
+    /// Bits a second; a live libx264 keeps to it by the stamps, over a few seconds.
     std::optional<std::int64_t> averageBitRate;
     /// 0 to 51, less is better.
     std::optional<int> constantRateFactor;
@@ -63,6 +65,8 @@ private:
     [[nodiscard]] Result<void> receive(const PacketSink& sink);
 
     CodecContextPtr m_codec;
+    /// Of a live encoder that has an average to keep to.
+    std::optional<BitBudget> m_budget;
     FramePtr m_frame;
     PacketPtr m_packet;
     /// With two planes, for codecs that want chroma in pairs.

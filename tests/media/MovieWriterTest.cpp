@@ -5,6 +5,7 @@
 #include <array>
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fcntl.h>
 #include <random>
 #include <sstream>
@@ -133,6 +134,63 @@ TEST(MovieWriter, TellsOthersItsColoursAndPutsAKeyFrameIntoEverySecond) {
         }
     }
     EXPECT_EQ(keys, 5) << "at 0, 1, 2, 3 and 4.5 seconds";
+}
+
+/// Small print, scrolled by that many pixels, with a mark on it that tells pages apart.
+PixelBuffer printedPage(int scrolled, int mark) {
+    constexpr int width = 640;
+    constexpr int height = 360;
+    PixelBuffer page = PixelBuffer::allocate(PixelFormat::bgra, width, height);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            const auto stroke = std::uint32_t((y + scrolled) / 4 * 331 + x / 2) * 2654435761U;
+            const bool isMark = y < 8 && x < 8 * mark;
+            const bool isBlack = isMark || ((y + scrolled) % 16 < 12 && (stroke >> 28U) < 5);
+            std::memset(page.mutableRow(0, y) + 4 * x, isBlack ? 0 : 255, 4);
+        }
+    return page;
+}
+
+/// The mean difference of two pictures' green.
+double difference(const PixelBuffer& a, const PixelBuffer& b) {
+    double sum = 0;
+    for (int y = 0; y < a.height(); ++y)
+        for (int x = 0; x < a.width(); ++x)
+            sum += std::abs(int(a.row(0, y)[4 * x + 1]) - int(b.row(0, y)[4 * x + 1]));
+    return sum / (double(a.width()) * a.height());
+}
+
+TEST(MovieWriter, GivesAStillScreenItsBitsAndAFloodNoMore) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "take.mov";
+    const VideoTrackSettings settings{640, 360, 1'200'000, 60, 120};
+    constexpr int pages = 15;
+    {
+        Recording take(path, settings);
+        for (int i = 0; i < pages; ++i)
+            ASSERT_TRUE(appendWhenReady(take.writer, *take.input, printedPage(0, i), MediaTime(i, 1)));
+        ASSERT_TRUE(appendWhenReady(take.writer, *take.input, printedPage(0, 0), MediaTime(pages, 1)));
+        for (int i = 1; i < 240; ++i)
+            ASSERT_TRUE(
+                appendWhenReady(take.writer, *take.input, printedPage(7 * i, 0), MediaTime(60 * pages + i, 60)));
+        take.input->markAsFinished();
+        ASSERT_TRUE(finishAndWait(take.writer, take.answer, MediaTime(pages + 4, 1)));
+    }
+    const auto asset = Asset::open(path);
+    ASSERT_TRUE(asset);
+    const auto reader = TrackReader::open(*asset, 0, {});
+    ASSERT_TRUE(reader);
+    for (int i = 0; i < pages; ++i) {
+        const auto frame = (*reader)->next();
+        ASSERT_TRUE(frame && *frame);
+        EXPECT_LT(difference((**frame).pixels, printedPage(0, i)), 3) << "page " << i;
+    }
+    double bitsOfFlood = 0;
+    std::istringstream packets(probe("-show_entries packet=pts_time,size '" + path + "'"));
+    for (std::string line; std::getline(packets, line);)
+        if (std::stod(line) > pages)
+            bitsOfFlood += 8 * std::stod(line.substr(line.find(',') + 1));
+    EXPECT_LT(bitsOfFlood, 1.2 * (4 + 2) * double(settings.averageBitRate)) << "four seconds and what may be saved up";
 }
 
 TEST(MovieWriter, OpensOnlyANameThatIsFree) {
