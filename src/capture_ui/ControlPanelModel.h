@@ -15,7 +15,6 @@ class ControlPanelModel : public QObject {
     Q_PROPERTY(bool isReady READ isReady NOTIFY changed)
     Q_PROPERTY(bool isRecording READ isRecording NOTIFY changed)
     Q_PROPERTY(bool areModesLive READ areModesLive NOTIFY changed)
-    Q_PROPERTY(bool recordsDisplaysOnly READ recordsDisplaysOnly CONSTANT)
     Q_PROPERTY(int activeMode READ activeMode NOTIFY changed)
     Q_PROPERTY(bool isCameraOn READ isCameraOn NOTIFY changed)
     Q_PROPERTY(QString cameraSymbol READ cameraSymbol NOTIFY changed)
@@ -35,8 +34,10 @@ public:
     bool isRecording() const { return m_model.recordingState() == RecordingState::recording; }
     /// Otherwise the mode buttons are dimmed, and a press does nothing.
     bool areModesLive() const;
-    /// The other modes are dimmed, and a press tells why.
-    bool recordsDisplaysOnly() const { return m_model.recordsDisplaysOnly(); }
+    /// Whether the desktop does not allow that mode: its button is dimmed, and a press tells why.
+    Q_INVOKABLE bool isModeRefused(int mode) const {
+        return m_model.recordsDisplaysOnly() && CaptureMode(mode) != CaptureMode::display;
+    }
     /// The position of the CaptureMode that the selection is of; -1 for none.
     int activeMode() const;
     bool isCameraOn() const { return m_model.cameraEnabled(); }

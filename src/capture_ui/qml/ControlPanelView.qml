@@ -41,7 +41,7 @@ PanelGround {
                 TileButton {
                     required property int index
                     required property var modelData
-                    readonly property bool isRefused: root.panel.recordsDisplaysOnly && index !== 2
+                    readonly property bool isRefused: root.panel.isModeRefused(index)
                     enabled: root.panel.areModesLive
                     text: modelData.label
                     hint: isRefused ? qsTr("This desktop lets programs record whole displays only") : modelData.hint
