@@ -79,7 +79,7 @@ private:
     AVDictionary* m_options = nullptr;
 };
 
-void setX264Options(const H264Settings& settings, Options& options) {
+void setX264Options(const H264Settings& settings, std::optional<BitBudget> budget, Options& options) {
     options.set("preset", settings.preset);
     // A key frame that is asked for is one that a reader may start from.
     options.set("forced-idr", "1");
@@ -87,12 +87,10 @@ void setX264Options(const H264Settings& settings, Options& options) {
     constexpr std::int64_t largePicture = std::int64_t(1) << 25;
     if (std::int64_t(settings.width) * settings.height > largePicture)
         options.set("x264-params", "rc-lookahead=3:sync-lookahead=0:bframes=1");
-    // Its own average counts pictures, and starves a screen that seldom changes.
-    if (settings.isLive) {
+    if (settings.isLive)
         options.set("tune", "zerolatency");
-        if (settings.averageBitRate)
-            options.set("crf", std::to_string(BitBudget(*settings.averageBitRate).rateFactorAt(0)));
-    }
+    if (budget)
+        options.set("crf", std::to_string(budget->rateFactorAt(0)));
     if (settings.constantRateFactor)
         options.set("crf", std::to_string(*settings.constantRateFactor));
 }
@@ -136,14 +134,16 @@ Result<std::unique_ptr<H264Encoder>> H264Encoder::open(const H264Settings& setti
     context->color_primaries = AVCOL_PRI_BT709;
     context->color_trc = AVCOL_TRC_BT709;
     context->chroma_sample_location = AVCHROMA_LOC_CENTER;
-    const bool isBudgeted =
-        settings.implementation == H264Implementation::x264 && settings.isLive && settings.averageBitRate;
-    if (settings.averageBitRate && !isBudgeted)
+    // libx264's own average counts pictures, and starves a screen that seldom changes.
+    std::optional<BitBudget> budget;
+    if (settings.averageBitRate && settings.isLive && settings.implementation == H264Implementation::x264)
+        budget.emplace(*settings.averageBitRate);
+    else if (settings.averageBitRate)
         context->bit_rate = *settings.averageBitRate;
 
     Options options;
     if (settings.implementation == H264Implementation::x264)
-        setX264Options(settings, options);
+        setX264Options(settings, budget, options);
     else
         setDeviceOptions(settings, *context, options);
     int answer = context->pix_fmt == AV_PIX_FMT_VAAPI ? giveDeviceFrames(*context) : 0;
@@ -151,14 +151,11 @@ Result<std::unique_ptr<H264Encoder>> H264Encoder::open(const H264Settings& setti
         answer = avcodec_open2(context.get(), codec, options.get());
     if (answer < 0)
         return fail(libavError(answer, encoderName));
-    std::unique_ptr<H264Encoder> encoder(new H264Encoder(std::move(context)));
-    if (isBudgeted)
-        encoder->m_budget.emplace(*settings.averageBitRate);
-    return encoder;
+    return std::unique_ptr<H264Encoder>(new H264Encoder(std::move(context), budget));
 }
 
-H264Encoder::H264Encoder(CodecContextPtr codec)
-    : m_codec(std::move(codec)), m_frame(av_frame_alloc()), m_packet(av_packet_alloc()) {}
+H264Encoder::H264Encoder(CodecContextPtr codec, std::optional<BitBudget> budget)
+    : m_codec(std::move(codec)), m_budget(budget), m_frame(av_frame_alloc()), m_packet(av_packet_alloc()) {}
 
 Result<AVStream*> H264Encoder::addTrackTo(MovieMuxer& muxer) const {
     TRY_LET(AVStream* const stream, muxer.addTrack(m_codec->time_base));
@@ -179,9 +176,11 @@ Result<void> H264Encoder::encode(const PixelBuffer& picture, std::int64_t stamp,
     else
         TRY(convertFrame(picture));
     // libavcodec takes it on from here.
-    if (m_budget)
-        av_opt_set_double(m_codec->priv_data, "crf", m_budget->rateFactorAt(double(stamp) * av_q2d(m_codec->time_base)),
-                          0);
+    if (m_budget) {
+        const double factor = m_budget->rateFactorAt(double(stamp) * av_q2d(m_codec->time_base));
+        if (const int answer = av_opt_set_double(m_codec->priv_data, "crf", factor, 0); answer < 0)
+            return fail(libavError(answer, encoderName));
+    }
     m_frame->pts = stamp;
     m_frame->pict_type = asKeyFrame ? AV_PICTURE_TYPE_I : AV_PICTURE_TYPE_NONE;
     m_frame->color_range = m_codec->color_range;

@@ -58,7 +58,7 @@ public:
     [[nodiscard]] Result<void> drain(const PacketSink& sink);
 
 private:
-    explicit H264Encoder(CodecContextPtr codec);
+    H264Encoder(CodecContextPtr codec, std::optional<BitBudget> budget);
     /// The picture in the codec's own memory or layout, where it does not take ours.
     [[nodiscard]] Result<void> convertFrame(const PixelBuffer& picture);
     void wrapPicture(const PixelBuffer& picture);
