@@ -28,10 +28,9 @@ namespace keldra {
 ///
 /// Without `devices` there are neither cameras nor microphones, and their factories stand empty. An empty
 /// `makeScreenStream` says that this desktop cannot stream, and recordings capture the display as it is.
-/// Without `permissions` the desktop forbids nothing. A `pickDisplay` says that the
-/// desktop asks its user at the start of a recording which display it shows; then there is nothing else to be recorded.
-/// The command line has no windows, and needs none of `workspace`,
-/// `dialogs`, `sounds`, `events`, `applications` and `sleepInhibitor`.
+/// Without `permissions` the desktop forbids nothing. A `pickDisplay` says that the desktop asks its user at the start
+/// of a recording which display it shows; then there is nothing else to be recorded. The command line has no windows,
+/// and needs none of `workspace`, `dialogs`, `sounds`, `events`, `applications` and `sleepInhibitor`.
 struct Platform {
     std::shared_ptr<HostClock> clock;
     std::shared_ptr<Screens> screens;

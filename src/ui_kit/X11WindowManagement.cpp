@@ -164,6 +164,12 @@ bool placeInRoot(QWindow& window, const QRect& rootPixels) {
     return true;
 }
 
+/// Null where no window has a shape.
+static xcb_connection_t* shapingConnection() {
+    xcb_connection_t* const x = x11::connection();
+    return x != nullptr && x11::hasExtension(xcb_shape_id) ? x : nullptr;
+}
+
 static void setShape(xcb_window_t window, xcb_shape_sk_t kind, const QRegion& pixels, QPoint offset = {}) {
     std::vector<xcb_rectangle_t> rects;
     rects.reserve(std::size_t(pixels.rectCount()));
@@ -176,16 +182,16 @@ static void setShape(xcb_window_t window, xcb_shape_sk_t kind, const QRegion& pi
 }
 
 void cutToShape(QWindow& window, const QRegion& pixels) {
-    xcb_connection_t* const x = x11::connection();
-    if (x == nullptr || !x11::hasExtension(xcb_shape_id))
+    xcb_connection_t* const x = shapingConnection();
+    if (x == nullptr)
         return;
     setShape(xcb_window_t(window.winId()), XCB_SHAPE_SK_BOUNDING, pixels);
     xcb_flush(x);
 }
 
 void takeClicksOnlyIn(QWindow& window, const QRegion& pixels) {
-    xcb_connection_t* const x = x11::connection();
-    if (x == nullptr || !x11::hasExtension(xcb_shape_id))
+    xcb_connection_t* const x = shapingConnection();
+    if (x == nullptr)
         return;
     QPoint offset;
     for (auto each = xcb_window_t(window.winId());;) {
