@@ -155,7 +155,10 @@ TEST_F(PipeWireMicrophoneTest, FallsSilentWhenUnpluggedAndIsHeardAgain) {
     device->terminate();
     ASSERT_TRUE(m_main.pumpUntil([&] { return devices.devices(CaptureDeviceKind::microphone).size() == 1; }));
     // A program comes back within what a clock's estimate is off by; a hand does not.
-    std::this_thread::sleep_for(std::chrono::milliseconds(200));
+    Ear meanwhile(m_main);
+    ASSERT_TRUE(meanwhile.start("other"));
+    ASSERT_TRUE(meanwhile.hear(0.3));
+    meanwhile.stop();
     device = plugInMicrophone("mine", silent);
     const double before = ear.seconds();
     ASSERT_TRUE(ear.hear(before + 0.5)) << "the same device is heard again";
